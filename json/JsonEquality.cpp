@@ -1,0 +1,90 @@
+// Deep equality with an explicit work list of container pairs.
+#include "json/JsonEquality.h"
+
+#include "json/JsonArray.h"
+#include "json/JsonCompiledObject.h"
+#include "json/JsonObject.h"
+#include "json/JsonScalar.h"
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+using PairList = std::vector<std::pair<const JsonValue*, const JsonValue*>>;
+
+bool ScalarEqual(const JsonValue& a, const JsonValue& b) {
+    switch (a.GetType()) {
+    case JsonValue::eJsonString: {
+        const std::string& x = static_cast<const JsonString&>(a).Get();
+        const std::string& y = static_cast<const JsonString&>(b).Get();
+        return x.size() == y.size() && std::memcmp(x.data(), y.data(), x.size()) == 0;
+    }
+    case JsonValue::eJsonInteger: {
+        const auto& x = static_cast<const JsonInteger&>(a);
+        const auto& y = static_cast<const JsonInteger&>(b);
+        return x.Bits() == y.Bits() && x.IsUnsigned() == y.IsUnsigned();
+    }
+    case JsonValue::eJsonReal:
+        // Get() converts a pending text first; NaN is unequal to itself, 0.0 equals -0.0.
+        return static_cast<const JsonReal&>(a).Get() == static_cast<const JsonReal&>(b).Get();
+    default:
+        return true; // true, false, null
+    }
+}
+
+// Children: both missing is equal, one missing is not; scalars are compared at once and
+// container pairs queued.
+bool ChildEqual(const JsonValue* a, const JsonValue* b, PairList& pending) {
+    if (!a || !b) return a == b;
+    if (a->GetType() != b->GetType()) return false;
+    if (a == b) return true;
+    if (!a->IsContainer()) return ScalarEqual(*a, *b);
+    pending.emplace_back(a, b);
+    return true;
+}
+
+bool ContainerEqual(const JsonValue& a, const JsonValue& b, PairList& pending) {
+    switch (a.GetType()) {
+    case JsonValue::eJsonObject: {
+        const auto& x = static_cast<const JsonObject&>(a).Members();
+        const auto& y = static_cast<const JsonObject&>(b).Members();
+        if (x.size() != y.size()) return false;
+        for (const auto& member : x) {
+            auto it = y.find(member.first);
+            if (it == y.end() || !ChildEqual(member.second.second, it->second.second, pending))
+                return false;
+        }
+        return true;
+    }
+    case JsonValue::eJsonArray: {
+        const auto& x = static_cast<const JsonArray&>(a).Elements();
+        const auto& y = static_cast<const JsonArray&>(b).Elements();
+        if (x.size() != y.size()) return false;
+        for (size_t i = 0; i < x.size(); ++i)
+            if (!ChildEqual(x[i], y[i], pending)) return false;
+        return true;
+    }
+    default: {
+        const auto& x = static_cast<const JsonCompiledObject&>(a);
+        const auto& y = static_cast<const JsonCompiledObject&>(b);
+        if (x.GetContext() != y.GetContext() || x.SlotCount() != y.SlotCount()) return false;
+        for (size_t i = 0; i < x.SlotCount(); ++i)
+            if (!ChildEqual(x.Slots()[i], y.Slots()[i], pending)) return false;
+        return true;
+    }
+    }
+}
+
+} // namespace
+
+bool operator==(const JsonValue& a, const JsonValue& b) {
+    PairList pending;
+    if (!ChildEqual(&a, &b, pending)) return false;
+    while (!pending.empty()) {
+        auto [x, y] = pending.back();
+        pending.pop_back();
+        if (!ContainerEqual(*x, *y, pending)) return false;
+    }
+    return true;
+}

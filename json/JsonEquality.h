@@ -1,0 +1,15 @@
+// Deep structural equality of value trees.
+//
+// Deliberate: there is no cross-type numeric equality (1 and 1.0 differ; an object and a
+// compiled object with the same members differ), and compiled objects are equal only when they
+// share the very same key table. Comparing converts pending real texts (a write on the tree).
+#pragma once
+
+#include "json/JsonValue.h"
+
+/// True when the two trees are structurally equal; member order plays no part. Never recurses
+/// per nesting level.
+bool operator==(const JsonValue& a, const JsonValue& b);
+inline bool operator!=(const JsonValue& a, const JsonValue& b) {
+    return !(a == b);
+}

@@ -1,0 +1,128 @@
+// The six scalar node classes: string, integer, real, true, false, null.
+//
+// Deliberate behaviours kept here:
+// - JsonInteger holds 0..sMaxInt64 signed whatever constructor made it; the bool of the
+//   unsigned constructor is ignored.
+// - JsonReal keeps the text of a parsed number and converts it on first use; once converted it
+//   prints by its digit count instead of verbatim.
+#pragma once
+
+#include "json/JsonValue.h"
+
+#include <climits>
+#include <limits>
+#include <string>
+
+class JsonString final : public JsonValue {
+public:
+    /// Stores `text`. Unless *trusted is true the text is checked for UTF-8; invalid text is
+    /// stored as the empty string and *ok (when given) set to false, else *ok is set to true.
+    JsonString(const std::string& text, bool* trusted, bool* ok);
+    JsonString(std::string&& text, bool* trusted, bool* ok);
+    JsonString() : JsonValue(eJsonString) {}
+
+    const std::string& Get() const noexcept { return fText; }
+
+    void AppendToString(std::string& out) const override;
+    void AppendToMsgPack(BigEndianWriter* writer) const override;
+
+private:
+    friend class JsonValue;
+    std::string fText;
+};
+
+class JsonInteger final : public JsonValue {
+public:
+    static constexpr long long sMinInt64 = LLONG_MIN;
+    static constexpr long long sMaxInt64 = LLONG_MAX;
+    static constexpr unsigned long long sMaxUInt64 = ULLONG_MAX;
+    static constexpr unsigned long long sMaxUInt64Div10 = ULLONG_MAX / 10;
+
+    explicit JsonInteger(long long v) noexcept
+        : JsonValue(eJsonInteger), fBits(static_cast<unsigned long long>(v)), fUnsigned(false) {}
+    /// Unsigned exactly when v > sMaxInt64. The bool is accepted and deliberately ignored.
+    JsonInteger(unsigned long long v, bool) noexcept
+        : JsonValue(eJsonInteger), fBits(v), fUnsigned(v > static_cast<unsigned long long>(sMaxInt64)) {}
+
+    /// The signed value; 0 for an unsigned integer.
+    void Get(long long& out) const noexcept {
+        out = fUnsigned ? 0 : static_cast<long long>(fBits);
+    }
+    /// The unsigned value; a negative signed integer reads as 0.
+    void Get(unsigned long long& out) const noexcept {
+        out = (fUnsigned || static_cast<long long>(fBits) > 0) ? fBits : 0;
+    }
+    bool IsUnsigned() const noexcept { return fUnsigned; }
+    /// The raw 64 bits, signed or unsigned as IsUnsigned() says.
+    unsigned long long Bits() const noexcept { return fBits; }
+
+    void AppendToString(std::string& out) const override;
+    void AppendToMsgPack(BigEndianWriter* writer) const override;
+
+private:
+    unsigned long long fBits;
+    bool fUnsigned;
+};
+
+/// A real number. A parsed real may hold its source text ("pending text") and convert it on
+/// first use. The conversion is safe for concurrent readers: the text is kept until the node
+/// dies and an atomic flag publishes the converted value; observably the text is "emptied".
+class JsonReal final : public JsonValue {
+public:
+    static constexpr double sMax = std::numeric_limits<double>::max();
+    static constexpr double sLowest = std::numeric_limits<double>::lowest();
+    static constexpr double sInfinity = std::numeric_limits<double>::infinity();
+
+    explicit JsonReal(double v) noexcept : JsonValue(eJsonReal), fValue(v), fDigitCount(0) {}
+    /// A parsed real converted at once, remembering how many significant digits it had.
+    JsonReal(double v, uint32_t digitCount) noexcept
+        : JsonValue(eJsonReal), fValue(v), fDigitCount(digitCount) {}
+    /// A parsed real whose conversion is deferred to its first use.
+    JsonReal(std::string&& pendingText, uint32_t digitCount) noexcept
+        : JsonValue(eJsonReal), fValue(0.0), fPendingText(std::move(pendingText)),
+          fDigitCount(digitCount), fPending(!fPendingText.empty()) {}
+    JsonReal(const JsonReal& other);
+
+    /// The value; a pending text is converted (and counts as emptied) first.
+    double Get() const noexcept;
+    void Get(double& out) const noexcept { out = Get(); }
+    bool HasPendingText() const noexcept { return fPending.load(std::memory_order_acquire); }
+    /// The text as read; meaningful only while HasPendingText().
+    const std::string& PendingText() const noexcept { return fPendingText; }
+    uint32_t GetDigitCount() const noexcept { return fDigitCount; }
+
+    /// std::stod semantics; invalid text gives 0.0; out of range retries in long double and
+    /// gives +infinity beyond the double range. Deliberately, negative overflow and extended
+    /// underflow also give +infinity.
+    static double StrToDouble(const std::string& text) noexcept;
+
+    void AppendToString(std::string& out) const override;
+    void AppendToMsgPack(BigEndianWriter* writer) const override;
+
+private:
+    mutable std::atomic<double> fValue;
+    std::string fPendingText;
+    uint32_t fDigitCount;
+    mutable std::atomic<bool> fPending{false};
+};
+
+class JsonTrue final : public JsonValue {
+public:
+    JsonTrue() noexcept : JsonValue(eJsonTrue) {}
+    void AppendToString(std::string& out) const override;
+    void AppendToMsgPack(BigEndianWriter* writer) const override;
+};
+
+class JsonFalse final : public JsonValue {
+public:
+    JsonFalse() noexcept : JsonValue(eJsonFalse) {}
+    void AppendToString(std::string& out) const override;
+    void AppendToMsgPack(BigEndianWriter* writer) const override;
+};
+
+class JsonNull final : public JsonValue {
+public:
+    JsonNull() noexcept : JsonValue(eJsonNull) {}
+    void AppendToString(std::string& out) const override;
+    void AppendToMsgPack(BigEndianWriter* writer) const override;
+};

@@ -1,0 +1,400 @@
+// MessagePack decoding into value trees, with an explicit stack of open containers.
+//
+// Deliberate behaviours kept here:
+// - White space after the value is tolerated (and counts lines), as after JSON text.
+// - A string value that is not valid UTF-8 silently becomes "" (unless UTF-8 is trusted).
+// - A map whose input ends where a key should start fails with "string expected": the reader
+//   sees the input's terminating zero byte, which is no string code.
+// - A map key that is not valid UTF-8 is dropped, or fails with "duplicate key" (the text
+//   parser's message for a member an object cannot take) when keys are strict.
+// - Binary and extension types are refused; the position stays on their code byte.
+// Counts and lengths from the input are never trusted for allocation: bytes are checked
+// before they are copied, and arrays grow as their elements arrive.
+#include "json/JsonArray.h"
+#include "json/JsonCompiledObject.h"
+#include "json/JsonObject.h"
+#include "json/JsonScalar.h"
+#include "json/text/ParseHelpers.h"
+#include "json/text/ParseMessages.h"
+#include "json/text/ParserContext.h"
+
+#include <cstring>
+#include <vector>
+
+using namespace ParseMessages;
+
+namespace {
+
+unsigned long long ReadBigEndian(const char* at, int bytes) {
+    unsigned long long value = 0;
+    for (int i = 0; i < bytes; ++i) value = (value << 8) | static_cast<unsigned char>(at[i]);
+    return value;
+}
+
+bool Fail(ParserContext& ctx, const char* message) {
+    ctx.fError = message;
+    return false;
+}
+
+} // namespace
+
+/// Reads a string whose code byte has been consumed: str 8/16/32 (D9, DA, DB) or fixstr (A0-BF).
+bool ParseStringFromMsgPack(unsigned char code, const char*& position, const char* end,
+                            ParserContext& context, std::string& out) {
+    unsigned long long length;
+    int lengthBytes = 0;
+    if (code == 0xDB) {
+        lengthBytes = 4;
+    } else if (code == 0xDA) {
+        lengthBytes = 2;
+    } else if (code == 0xD9) {
+        lengthBytes = 1;
+    } else if ((code & 0xE0) == 0xA0) {
+        length = code & 0x1F;
+    } else {
+        return Fail(context, kStringExpected);
+    }
+    if (lengthBytes) {
+        if (end - position < lengthBytes) return Fail(context, kUnexpectedEnd);
+        length = ReadBigEndian(position, lengthBytes);
+        position += lengthBytes;
+    }
+    if (static_cast<unsigned long long>(end - position) < length) return Fail(context, kUnexpectedEnd);
+    out.assign(position, static_cast<size_t>(length));
+    position += length;
+    return true;
+}
+
+namespace {
+
+class MsgPackParser {
+public:
+    MsgPackParser(const char*& position, const char* end, ParserContext& ctx)
+        : fPos(position), fEnd(end), fCtx(ctx) {}
+
+    /// Reads one value.
+    JsonValue* Run(const JsonCompiledObjectContext* keys) { return Read(keys); }
+    /// Reads the `count` entries of a map (`map`) or array whose header was already consumed.
+    JsonValue* RunContainer(bool map, unsigned long count, const JsonCompiledObjectContext* keys) {
+        if (map) {
+            OpenMap(count, keys);
+        } else {
+            OpenArray(count, keys);
+        }
+        return Read(keys, true);
+    }
+
+private:
+    struct Frame {
+        JsonValue* fContainer = nullptr;
+        JsonValue::EJsonValueType fKind = JsonValue::eJsonNull;
+        unsigned long long fRemaining = 0; // members or elements still to read
+        const JsonCompiledObjectContext* fKeys = nullptr;
+        unsigned long fSlot = 0;        // compiled objects: slot of the value being read
+        const char* fValueStart = nullptr; // compiled objects: where that value started
+        std::string fKey;               // objects: key of the value being read
+    };
+
+    JsonValue* Fail(const char* message) {
+        fCtx.fError = message;
+        return Unwind();
+    }
+    JsonValue* Unwind() {
+        while (fDepth > 0) fFrames[--fDepth].fContainer->Release();
+        return nullptr;
+    }
+    void Push(JsonValue* container, JsonValue::EJsonValueType kind, unsigned long long count,
+              const JsonCompiledObjectContext* keys);
+    // A container header: `count` entries follow. Maps become compiled objects under a key table.
+    void OpenMap(unsigned long long count, const JsonCompiledObjectContext* keys);
+    void OpenArray(unsigned long long count, const JsonCompiledObjectContext* keys);
+    bool ReadKey(std::string& key);
+    JsonValue* Read(const JsonCompiledObjectContext* keys, bool opened = false);
+    bool Need(size_t bytes) const { return static_cast<size_t>(fEnd - fPos) >= bytes; }
+
+    const char*& fPos;
+    const char* fEnd;
+    ParserContext& fCtx;
+    std::vector<Frame> fFrames;
+    size_t fDepth = 0;
+    std::string fScratch;
+};
+
+void MsgPackParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
+                         unsigned long long count, const JsonCompiledObjectContext* keys) {
+    if (fDepth == fFrames.size()) {
+        try {
+            fFrames.emplace_back();
+        } catch (...) {
+            container->Release();
+            throw;
+        }
+    }
+    Frame& frame = fFrames[fDepth++];
+    frame.fContainer = container;
+    frame.fKind = kind;
+    frame.fRemaining = count;
+    frame.fKeys = keys;
+}
+
+void MsgPackParser::OpenMap(unsigned long long count, const JsonCompiledObjectContext* keys) {
+    if (keys) {
+        Push(new JsonCompiledObject(keys), JsonValue::eJsonCompiledObject, count, keys);
+    } else {
+        Push(new JsonObject(fCtx.fKeepOrder), JsonValue::eJsonObject, count, nullptr);
+    }
+}
+
+void MsgPackParser::OpenArray(unsigned long long count, const JsonCompiledObjectContext* keys) {
+    auto* array = new JsonArray();
+    // Every element takes at least one byte: never reserve beyond what the input can hold.
+    const auto available = static_cast<unsigned long long>(fEnd - fPos);
+    try {
+        array->Reserve(static_cast<size_t>(count < available ? count : available));
+    } catch (...) {
+        array->Release();
+        throw;
+    }
+    Push(array, JsonValue::eJsonArray, count, keys);
+}
+
+bool MsgPackParser::ReadKey(std::string& key) {
+    // A key may start exactly at the end: the byte there is the input's terminating zero,
+    // which is no string code.
+    const unsigned char code = fPos < fEnd ? static_cast<unsigned char>(*fPos) : 0;
+    ++fPos;
+    if (!ParseStringFromMsgPack(code, fPos, fEnd, fCtx, key)) {
+        if (fPos > fEnd) fPos = fEnd;
+        Unwind();
+        return false;
+    }
+    return true;
+}
+
+JsonValue* MsgPackParser::Read(const JsonCompiledObjectContext* keys, bool opened) {
+    JsonValue* value = nullptr;
+    if (opened) goto containerStep;
+
+beginValue: {
+    if (fPos >= fEnd) return Fail(kUnexpectedEnd);
+    const auto code = static_cast<unsigned char>(*fPos++);
+    if (code <= 0x7F) { // positive fixint
+        value = new JsonInteger(static_cast<long long>(code));
+    } else if (code <= 0x8F) { // fixmap
+        OpenMap(code & 0x0F, keys);
+        goto containerStep;
+    } else if (code <= 0x9F) { // fixarray
+        OpenArray(code & 0x0F, keys);
+        goto containerStep;
+    } else if (code <= 0xBF || (code >= 0xD9 && code <= 0xDB)) { // fixstr, str 8/16/32
+        if (!ParseStringFromMsgPack(code, fPos, fEnd, fCtx, fScratch)) return Unwind();
+        bool trusted = fCtx.fTrustUTF8;
+        // Deliberate: invalid UTF-8 becomes the empty string, without an error.
+        value = new JsonString(std::move(fScratch), &trusted, nullptr);
+    } else if (code >= 0xE0) { // negative fixint
+        value = new JsonInteger(static_cast<long long>(static_cast<signed char>(code)));
+    } else {
+        switch (code) {
+        case 0xC0: value = new JsonNull(); break;
+        case 0xC2: value = new JsonFalse(); break;
+        case 0xC3: value = new JsonTrue(); break;
+        case 0xCA: { // float 32
+            if (!Need(4)) return Fail(kUnexpectedEnd);
+            const auto bits = static_cast<uint32_t>(ReadBigEndian(fPos, 4));
+            float narrow;
+            std::memcpy(&narrow, &bits, 4);
+            fPos += 4;
+            value = new JsonReal(static_cast<double>(narrow));
+            break;
+        }
+        case 0xCB: { // float 64
+            if (!Need(8)) return Fail(kUnexpectedEnd);
+            const uint64_t bits = ReadBigEndian(fPos, 8);
+            double wide;
+            std::memcpy(&wide, &bits, 8);
+            fPos += 8;
+            value = new JsonReal(wide);
+            break;
+        }
+        case 0xCC: case 0xCD: case 0xCE: case 0xCF: { // uint 8/16/32/64
+            const int bytes = 1 << (code - 0xCC);
+            if (!Need(static_cast<size_t>(bytes))) return Fail(kUnexpectedEnd);
+            const unsigned long long v = ReadBigEndian(fPos, bytes);
+            fPos += bytes;
+            value = new JsonInteger(v, true); // unsigned only above the signed range
+            break;
+        }
+        case 0xD0: case 0xD1: case 0xD2: case 0xD3: { // int 8/16/32/64
+            const int bytes = 1 << (code - 0xD0);
+            if (!Need(static_cast<size_t>(bytes))) return Fail(kUnexpectedEnd);
+            unsigned long long v = ReadBigEndian(fPos, bytes);
+            fPos += bytes;
+            const int unused = 64 - 8 * bytes;
+            if (unused) { // sign-extend
+                const unsigned long long sign = 1ULL << (8 * bytes - 1);
+                if (v & sign) v |= ~0ULL << (8 * bytes);
+            }
+            value = new JsonInteger(static_cast<long long>(v));
+            break;
+        }
+        case 0xDC: case 0xDD: case 0xDE: case 0xDF: { // array 16/32, map 16/32
+            const int bytes = (code & 1) ? 4 : 2;
+            if (!Need(static_cast<size_t>(bytes))) return Fail(kUnexpectedEnd);
+            const unsigned long long count = ReadBigEndian(fPos, bytes);
+            fPos += bytes;
+            if (code <= 0xDD) {
+                OpenArray(count, keys);
+            } else {
+                OpenMap(count, keys);
+            }
+            goto containerStep;
+        }
+        default: // C1, bin C4-C6, ext C7-C9, fixext D4-D8
+            --fPos;
+            return Fail(kUnsupportedMsgPackCode);
+        }
+    }
+    goto valueDone;
+}
+
+containerStep: {
+    Frame& frame = fFrames[fDepth - 1];
+    if (frame.fRemaining == 0) {
+        value = fFrames[--fDepth].fContainer;
+        goto valueDone;
+    }
+    --frame.fRemaining;
+    switch (frame.fKind) {
+    case JsonValue::eJsonArray:
+        keys = frame.fKeys; // an array of compiled objects keeps its key table
+        goto beginValue;
+    case JsonValue::eJsonObject:
+        if (!ReadKey(frame.fKey)) return nullptr;
+        keys = nullptr; // key tables do not reach into plain objects
+        goto beginValue;
+    default: {
+        if (!ReadKey(frame.fKey)) return nullptr;
+        const auto* object = static_cast<const JsonCompiledObject*>(frame.fContainer);
+        const unsigned long index = frame.fKeys->IndexOf(frame.fKey);
+        frame.fValueStart = fPos;
+        if (index >= object->SlotCount()) { // unknown keys are skipped without error
+            frame.fSlot = JsonCompiledObjectContext::sMaxIndex;
+            keys = nullptr;
+        } else {
+            frame.fSlot = index;
+            keys = frame.fKeys->SubContext(index);
+        }
+        goto beginValue;
+    }
+    }
+}
+
+valueDone:
+    if (fDepth == 0) return value;
+    {
+        Frame& frame = fFrames[fDepth - 1];
+        switch (frame.fKind) {
+        case JsonValue::eJsonArray:
+            static_cast<JsonArray*>(frame.fContainer)->AddValueInternal(value);
+            break;
+        case JsonValue::eJsonObject:
+            // Keys are always checked here, even when UTF-8 is trusted.
+            if (JsonValue::IsUTF8(frame.fKey)) {
+                static_cast<JsonObject*>(frame.fContainer)->Put(std::move(frame.fKey), value);
+            } else {
+                value->Release();
+                if (fCtx.fStrictKeys) return Fail(kDuplicateKey);
+            }
+            break;
+        default: {
+            if (frame.fSlot == JsonCompiledObjectContext::sMaxIndex) {
+                value->Release();
+                break;
+            }
+            const unsigned short mask = frame.fKeys->TypeMask(frame.fSlot);
+            if (mask && !(JsonCompiledObjectContext::TypeBit(value->GetType()) & mask)) {
+                value->Release();
+                fPos = frame.fValueStart;
+                return Fail(kNotExpectedType);
+            }
+            static_cast<JsonCompiledObject*>(frame.fContainer)->PutSlot(frame.fSlot, value);
+            break;
+        }
+        }
+    }
+    goto containerStep;
+}
+
+} // namespace
+
+JsonValue* JsonValue::ParseFromMsgPack(const char*& position, const char* end, ParserContext& context,
+                                       const JsonCompiledObjectContext* compiled) {
+    MsgPackParser parser(position, end, context);
+    return parser.Run(compiled);
+}
+
+JsonObject* JsonObject::ParseFromMsgPack(const char*& position, const char* end, unsigned long count,
+                                         ParserContext& context) {
+    MsgPackParser parser(position, end, context);
+    return static_cast<JsonObject*>(parser.RunContainer(true, count, nullptr));
+}
+
+JsonArray* JsonArray::ParseFromMsgPack(const char*& position, const char* end, unsigned long count,
+                                       ParserContext& context, const JsonCompiledObjectContext* compiled) {
+    MsgPackParser parser(position, end, context);
+    return static_cast<JsonArray*>(parser.RunContainer(false, count, compiled));
+}
+
+JsonCompiledObject* JsonCompiledObject::ParseFromMsgPack(const char*& position, const char* end,
+                                                         unsigned long count, ParserContext& context,
+                                                         const JsonCompiledObjectContext* compiled) {
+    if (!compiled) return nullptr;
+    MsgPackParser parser(position, end, context);
+    return static_cast<JsonCompiledObject*>(parser.RunContainer(true, count, compiled));
+}
+
+// MARK: - Entry points
+
+JsonAutoRefPtr<JsonValue> JsonValue::ReadFromMsgPack(const std::string& input, ParserContext* context,
+                                                     const JsonCompiledObjectContext* compiled) {
+    ParserContext privateContext = ParserContext::Private();
+    ParserContext& ctx = context ? *context : privateContext;
+    ctx.Reset();
+    if (input.empty()) {
+        ctx.fError = kEmptyInput;
+        return nullptr;
+    }
+    const char* position = input.data();
+    const char* end = position + input.size();
+    JsonAutoRefPtr<JsonValue> value(ParseFromMsgPack(position, end, ctx, compiled));
+    ctx.fPos = static_cast<uint64_t>(position - input.data());
+    if (!value) return nullptr;
+    // Deliberate: white space after the binary value is skipped like after JSON text.
+    SkipWhiteSpace(input.data(), input.size(), ctx);
+    if (ctx.fPos < input.size()) {
+        ctx.fError = kTrailingCharacters;
+        return nullptr;
+    }
+    ctx.fComplete = true;
+    return value;
+}
+
+JsonAutoRefPtr<JsonObject> JsonObject::ReadFromMsgPack(const std::string& input, ParserContext* context) {
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromMsgPack(input, context, nullptr);
+    if (!value || value->GetType() != eJsonObject) return nullptr;
+    return JsonAutoRefPtr<JsonObject>(static_cast<JsonObject*>(value.Detach()));
+}
+
+JsonAutoRefPtr<JsonArray> JsonArray::ReadFromMsgPack(const std::string& input, ParserContext* context,
+                                                     const JsonCompiledObjectContext* compiled) {
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromMsgPack(input, context, compiled);
+    if (!value || value->GetType() != eJsonArray) return nullptr;
+    return JsonAutoRefPtr<JsonArray>(static_cast<JsonArray*>(value.Detach()));
+}
+
+JsonAutoRefPtr<JsonCompiledObject> JsonCompiledObject::ReadFromMsgPack(
+    const std::string& input, const JsonCompiledObjectContext* context, ParserContext* ctx) {
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromMsgPack(input, ctx, context);
+    if (!value || value->GetType() != eJsonCompiledObject) return nullptr;
+    return JsonAutoRefPtr<JsonCompiledObject>(static_cast<JsonCompiledObject*>(value.Detach()));
+}

@@ -1,0 +1,736 @@
+// The JSON text parser: entry points, the number and string readers, and one iterative engine
+// that reads values, objects, arrays and compiled objects with an explicit stack of frames.
+//
+// Deliberate behaviours kept here:
+// - fLine counts line breaks consumed, so an error on the first line is line 0; CR LF and
+//   LF CR are one break each.
+// - A negative magnitude of 2^63 or more, -9223372036854775808 included, is read as a real.
+// - Reals keep their text (converted on first use) unless the exponent has more than one digit
+//   or the fraction 18 or more digits.
+// - A surrogate pair is decoded with (((high | 0x40) << 10) - 0x3600000) | (low - 0xDC00):
+//   for high surrogates with bit 6 set it gives a code point 0x10000 below the standard one.
+// - Duplicate keys: the last value wins and keeps the first key's place.
+// - A plain object appends " while parsing a value" to a member value's error at every level;
+//   arrays append nothing; compiled objects append " while parsing value".
+#include "json/JsonArray.h"
+#include "json/JsonCompiledObject.h"
+#include "json/JsonObject.h"
+#include "json/JsonScalar.h"
+#include "json/text/ParseHelpers.h"
+#include "json/text/ParseMessages.h"
+#include "json/text/ParserContext.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+using namespace ParseMessages;
+
+// MARK: - Helpers
+
+bool IsHexDigit(char c, unsigned char& value) {
+    if (c >= '0' && c <= '9') {
+        value = static_cast<unsigned char>(c - '0');
+    } else if (c >= 'A' && c <= 'F') {
+        value = static_cast<unsigned char>(c - 'A' + 10);
+    } else if (c >= 'a' && c <= 'f') {
+        value = static_cast<unsigned char>(c - 'a' + 10);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool Parse4HexDigits(const std::string& text, unsigned long& pos, unsigned short& value) {
+    const unsigned long start = pos;
+    pos += 4;
+    if (start + 4 > text.size()) return false;
+    unsigned int result = 0;
+    for (unsigned long i = start; i < start + 4; ++i) {
+        unsigned char digit;
+        if (!IsHexDigit(text[i], digit)) return false;
+        result = (result << 4) | digit;
+    }
+    value = static_cast<unsigned short>(result);
+    return true;
+}
+
+void AppendUnicodeAsUTF8(std::string& out, unsigned int codePoint) {
+    char bytes[4];
+    size_t n;
+    if (codePoint < 0x80) {
+        bytes[0] = static_cast<char>(codePoint);
+        n = 1;
+    } else if (codePoint < 0x800) {
+        bytes[0] = static_cast<char>(0xC0 | (codePoint >> 6));
+        bytes[1] = static_cast<char>(0x80 | (codePoint & 0x3F));
+        n = 2;
+    } else if (codePoint < 0x10000) {
+        bytes[0] = static_cast<char>(0xE0 | (codePoint >> 12));
+        bytes[1] = static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
+        bytes[2] = static_cast<char>(0x80 | (codePoint & 0x3F));
+        n = 3;
+    } else if (codePoint <= 0x10FFFF) {
+        bytes[0] = static_cast<char>(0xF0 | (codePoint >> 18));
+        bytes[1] = static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F));
+        bytes[2] = static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
+        bytes[3] = static_cast<char>(0x80 | (codePoint & 0x3F));
+        n = 4;
+    } else {
+        return;
+    }
+    out.append(bytes, n);
+}
+
+void SkipWhiteSpace(const char* text, size_t size, ParserContext& ctx) {
+    size_t pos = ctx.fPos;
+    while (pos < size) {
+        const char c = text[pos];
+        if (c == ' ' || c == '\t') {
+            ++pos;
+        } else if (c == '\n' || c == '\r') {
+            ++pos;
+            if (pos < size && text[pos] == (c == '\n' ? '\r' : '\n')) ++pos;
+            ++ctx.fLine;
+            ctx.fLineStart = pos;
+        } else {
+            break;
+        }
+    }
+    ctx.fPos = pos;
+}
+
+namespace {
+
+inline bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+void SkipWhiteSpace(const std::string& text, ParserContext& ctx) {
+    ::SkipWhiteSpace(text.data(), text.size(), ctx);
+}
+
+// The bytes that end the plain run of a string: quote, backslash, control characters.
+constexpr auto kStringStops = [] {
+    struct Table {
+        bool fStop[256] = {};
+    } table;
+    for (int c = 0; c < 0x20; ++c) table.fStop[c] = true;
+    table.fStop[static_cast<unsigned char>('"')] = true;
+    table.fStop[static_cast<unsigned char>('\\')] = true;
+    return table;
+}();
+
+size_t FindStringStop(const char* text, size_t pos, size_t size) {
+    while (pos < size && !kStringStops.fStop[static_cast<unsigned char>(text[pos])]) ++pos;
+    return pos;
+}
+
+bool FailString(std::string& out, ParserContext& ctx) {
+    out.clear();
+    if (ctx.fError.empty()) ctx.fError = kQuoteExpected;
+    return false;
+}
+
+// One \u escape at text[backslash]; appends the decoded bytes and moves `pos` behind it.
+bool ReadUnicodeEscape(const std::string& text, size_t backslash, size_t& pos, std::string& out,
+                       ParserContext& ctx) {
+    const size_t size = text.size();
+    // Accepted only when a byte follows the four hex digits.
+    unsigned long digits = backslash + 2;
+    unsigned short unit = 0;
+    if (backslash + 6 >= size || !Parse4HexDigits(text, digits, unit)) {
+        ctx.fError = kUtf16Escape;
+        return false;
+    }
+    size_t next = backslash + 6;
+    if (unit >= 0xD800 && unit <= 0xDBFF && size - next >= 7 && text[next] == '\\' &&
+        text[next + 1] == 'u') {
+        unsigned long lowDigits = next + 2;
+        unsigned short low = 0;
+        if (!Parse4HexDigits(text, lowDigits, low)) {
+            ctx.fError = kUtf32Escape;
+            return false;
+        }
+        if (low >= 0xDC00 && low <= 0xDFFF) {
+            // Deliberate: this exact formula, asymmetry included (see the file header).
+            const unsigned int high = unit;
+            AppendUnicodeAsUTF8(out, (((high | 0x40) << 10) - 0x3600000) | (low - 0xDC00u));
+        } else {
+            AppendUnicodeAsUTF8(out, unit);
+            AppendUnicodeAsUTF8(out, low);
+        }
+        pos = next + 6;
+        return true;
+    }
+    AppendUnicodeAsUTF8(out, unit);
+    pos = next;
+    return true;
+}
+
+} // namespace
+
+// MARK: - Strings
+
+bool JsonValue::ParseString(const std::string& text, std::string& out, ParserContext& ctx) {
+    const char* s = text.data();
+    const size_t size = text.size();
+    size_t pos = ctx.fPos;
+    ctx.fPos = pos + 1; // past the opening quote, whether or not it is one
+    if (pos >= size || s[pos] != '"') return FailString(out, ctx);
+    ++pos;
+
+    size_t stop = FindStringStop(s, pos, size);
+    if (stop >= size) {
+        ctx.fPos = size;
+        return FailString(out, ctx);
+    }
+    out.assign(s + pos, stop - pos);
+    pos = stop;
+    for (;;) {
+        if (pos >= size) {
+            ctx.fPos = size;
+            return FailString(out, ctx);
+        }
+        const char c = s[pos];
+        if (c == '"') {
+            ++pos;
+            break;
+        }
+        if (static_cast<unsigned char>(c) < 0x20) {
+            ctx.fPos = pos;
+            ctx.fError = kControlCharacter;
+            return FailString(out, ctx);
+        }
+        if (c != '\\') {
+            stop = FindStringStop(s, pos, size);
+            out.append(s + pos, stop - pos);
+            pos = stop;
+            continue;
+        }
+        if (pos + 1 >= size) {
+            ctx.fPos = size;
+            return FailString(out, ctx);
+        }
+        const char escape = s[pos + 1];
+        char decoded;
+        switch (escape) {
+        case '"':
+        case '\\':
+        case '/': decoded = escape; break;
+        case 'b': decoded = '\b'; break;
+        case 'f': decoded = '\f'; break;
+        case 'n': decoded = '\n'; break;
+        case 'r': decoded = '\r'; break;
+        case 't': decoded = '\t'; break;
+        case 'u':
+            if (!ReadUnicodeEscape(text, pos, pos, out, ctx)) {
+                ctx.fPos = pos;
+                return FailString(out, ctx);
+            }
+            continue;
+        default:
+            ctx.fPos = pos;
+            ctx.fError = kIllegalEscape;
+            return FailString(out, ctx);
+        }
+        out += decoded;
+        pos += 2;
+    }
+    ctx.fPos = pos;
+
+    unsigned long bad = 0;
+    if (!ctx.fTrustUTF8 && !ctx.fInputIsUTF8 && !IsUTF8(out, &bad)) {
+        out.resize(std::min<unsigned long>(bad, 20));
+        ctx.fPos += bad;
+        ctx.fError = kIllegalUtf8 + std::to_string(bad);
+        if (!out.empty()) {
+            ctx.fError += kUtf8StringStart;
+            ctx.fError += '"';
+            ctx.fError += out;
+            ctx.fError += '"';
+        }
+        out.clear();
+        return false;
+    }
+    return true;
+}
+
+// MARK: - Numbers
+
+// number: [ "-" ] ( "0" / digit1-9 *DIGIT ) [ "." 1*DIGIT ] [ ( "e" / "E" ) [ "+" / "-" ] 1*DIGIT ]
+JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
+    const char* s = text.data();
+    const size_t size = text.size();
+    const size_t start = ctx.fPos;
+    size_t pos = start;
+    if (pos >= size) {
+        ctx.fError = kUnexpectedEnd;
+        return nullptr;
+    }
+    bool negative = false;
+    if (!IsDigit(s[pos])) {
+        if (s[pos] != '-' || pos + 1 >= size || !IsDigit(s[pos + 1])) {
+            ctx.fError = kNotANumber;
+            return nullptr;
+        }
+        negative = true;
+        ++pos;
+    }
+
+    unsigned long long magnitude = 0;
+    uint32_t digitCount = 0;
+    bool tooLarge = false;
+    if (s[pos] == '0') {
+        ++pos; // a leading 0 is the whole integer part; a following digit is left to the caller
+        digitCount = 1;
+    } else {
+        for (; pos < size && IsDigit(s[pos]); ++pos) {
+            const unsigned digit = static_cast<unsigned>(s[pos] - '0');
+            if (magnitude < JsonInteger::sMaxUInt64Div10 ||
+                (magnitude == JsonInteger::sMaxUInt64Div10 && digit <= 5)) {
+                magnitude = magnitude * 10 + digit;
+                ++digitCount;
+            } else {
+                tooLarge = true; // the rest is read but not accumulated
+            }
+        }
+    }
+
+    bool isReal = false;
+    uint32_t fractionDigits = 0;
+    uint32_t exponentDigits = 0;
+    if (pos < size && s[pos] == '.') {
+        ++pos;
+        if (pos >= size || !IsDigit(s[pos])) {
+            ctx.fPos = pos;
+            ctx.fError = kFractionDigit;
+            return nullptr;
+        }
+        for (; pos < size && IsDigit(s[pos]); ++pos) ++fractionDigits;
+        digitCount += fractionDigits;
+        isReal = true;
+    }
+    if (pos < size && (s[pos] == 'e' || s[pos] == 'E')) {
+        ++pos;
+        if (pos < size && (s[pos] == '+' || s[pos] == '-')) ++pos;
+        if (pos >= size || !IsDigit(s[pos])) {
+            ctx.fPos = pos;
+            ctx.fError = kExponentDigit;
+            return nullptr;
+        }
+        for (; pos < size && IsDigit(s[pos]); ++pos) ++exponentDigits;
+        isReal = true;
+    }
+
+    if (!isReal && !tooLarge) {
+        if (!negative) {
+            ctx.fPos = pos;
+            return new JsonInteger(magnitude, true); // unsigned exactly above the signed range
+        }
+        if (magnitude <= static_cast<unsigned long long>(JsonInteger::sMaxInt64)) {
+            ctx.fPos = pos;
+            return new JsonInteger(-static_cast<long long>(magnitude));
+        }
+        // Deliberate: a negative magnitude of 2^63 or more is a real, -2^63 included.
+    }
+
+    std::string number(s + start, pos - start);
+    JsonValue* real;
+    if (exponentDigits > 1 || fractionDigits >= 18) {
+        const double value = JsonReal::StrToDouble(number);
+        if (value >= JsonReal::sInfinity) {
+            ctx.fPos = pos;
+            ctx.fError = kRealOutOfRange;
+            return nullptr;
+        }
+        real = new JsonReal(value, digitCount);
+    } else {
+        real = new JsonReal(std::move(number), digitCount);
+    }
+    ctx.fPos = pos;
+    return real;
+}
+
+// MARK: - The value engine
+
+namespace {
+
+enum class EStart { kValue, kObject, kArray, kCompiled };
+
+// Reads one value with an explicit stack: nesting depth costs heap, not native stack.
+class TextParser {
+public:
+    TextParser(const std::string& text, ParserContext& ctx) : fText(text), fCtx(ctx) {}
+
+    JsonValue* Run(EStart start, const JsonCompiledObjectContext* keys);
+
+private:
+    struct Frame {
+        JsonValue* fContainer = nullptr;
+        JsonValue::EJsonValueType fKind = JsonValue::eJsonNull;
+        // Arrays: the key table of compiled elements; compiled objects: their own key table.
+        const JsonCompiledObjectContext* fKeys = nullptr;
+        char fPrevious = 0;   // last separator: '{', '[', ',' or a member's first byte
+        bool fInValue = false; // a member value or element is being read
+        unsigned long fSlot = 0; // compiled objects: the slot of the value being read
+        std::string fKey;        // objects: the key of the value being read
+    };
+
+    bool AtEnd() const { return fCtx.fPos >= fText.size(); }
+    char Peek() const { return fText[fCtx.fPos]; }
+    void SkipSpace() { SkipWhiteSpace(fText, fCtx); }
+    Frame& Push(JsonValue* container, JsonValue::EJsonValueType kind,
+                const JsonCompiledObjectContext* keys, char opening);
+    JsonValue* PopContainer() { return fFrames[--fDepth].fContainer; }
+    JsonValue* Fail(const char* message) {
+        fCtx.fError = message;
+        return Unwind();
+    }
+    JsonValue* Unwind();
+
+    const std::string& fText;
+    ParserContext& fCtx;
+    std::vector<Frame> fFrames; // frames are reused, so their key strings keep their capacity
+    size_t fDepth = 0;
+    std::string fScratch;
+};
+
+TextParser::Frame& TextParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
+                                    const JsonCompiledObjectContext* keys, char opening) {
+    if (fDepth == fFrames.size()) {
+        try {
+            fFrames.emplace_back();
+        } catch (...) {
+            container->Release();
+            throw;
+        }
+    }
+    Frame& frame = fFrames[fDepth++];
+    frame.fContainer = container;
+    frame.fKind = kind;
+    frame.fKeys = keys;
+    frame.fPrevious = opening;
+    frame.fInValue = false;
+    return frame;
+}
+
+// Releases every open container; each level that was reading a member value adds its suffix
+// to the message, innermost first, as the nested readers of a recursive parser would.
+JsonValue* TextParser::Unwind() {
+    while (fDepth > 0) {
+        Frame& frame = fFrames[--fDepth];
+        if (frame.fInValue) {
+            if (frame.fKind == JsonValue::eJsonObject) {
+                if (!fCtx.fError.empty()) fCtx.fError += kWhileParsingValue;
+            } else if (frame.fKind == JsonValue::eJsonCompiledObject) {
+                // No message means the value was not of the kind the key expects.
+                if (fCtx.fError.empty()) {
+                    fCtx.fError = kNotExpectedType;
+                } else {
+                    fCtx.fError += kCompiledWhileParsingValue;
+                }
+            }
+        }
+        frame.fContainer->Release();
+    }
+    return nullptr;
+}
+
+JsonValue* TextParser::Run(EStart start, const JsonCompiledObjectContext* keys) {
+    const char* s = fText.data();
+    const size_t size = fText.size();
+    EStart mode = start;
+    JsonValue* value = nullptr;
+
+beginValue:
+    switch (mode) {
+    case EStart::kValue: {
+        if (AtEnd()) return Fail(kUnexpectedEnd);
+        const size_t pos = fCtx.fPos;
+        switch (s[pos]) {
+        case '"':
+            if (!JsonValue::ParseString(fText, fScratch, fCtx)) return Unwind();
+            {
+                bool trusted = true; // ParseString has checked it as the options ask
+                value = new JsonString(std::move(fScratch), &trusted, nullptr);
+            }
+            goto valueDone;
+        case '[':
+            mode = EStart::kArray;
+            goto beginValue;
+        case '{':
+            mode = keys ? EStart::kCompiled : EStart::kObject;
+            goto beginValue;
+        case 't':
+            if (size - pos < 4 || std::memcmp(s + pos, "true", 4) != 0) return Fail(kNotAValue);
+            fCtx.fPos += 4;
+            value = new JsonTrue();
+            goto valueDone;
+        case 'f':
+            if (size - pos < 5 || std::memcmp(s + pos, "false", 5) != 0) return Fail(kNotAValue);
+            fCtx.fPos += 5;
+            value = new JsonFalse();
+            goto valueDone;
+        case 'n':
+            if (size - pos < 4 || std::memcmp(s + pos, "null", 4) != 0) return Fail(kNotAValue);
+            fCtx.fPos += 4;
+            value = new JsonNull();
+            goto valueDone;
+        default:
+            if (s[pos] == '-' || IsDigit(s[pos])) {
+                value = JsonValue::ParseNumber(fText, fCtx);
+                if (!value) return Unwind();
+                goto valueDone;
+            }
+            return Fail(kNotAValue);
+        }
+    }
+    case EStart::kObject:
+        if (AtEnd() || Peek() != '{') return Fail(kIllegalObject);
+        Push(new JsonObject(fCtx.fKeepOrder), JsonValue::eJsonObject, nullptr, '{');
+        ++fCtx.fPos;
+        SkipSpace();
+        goto containerStep;
+    case EStart::kArray:
+        if (AtEnd() || Peek() != '[') return Fail(kIllegalArray);
+        Push(new JsonArray(), JsonValue::eJsonArray, keys, '[');
+        ++fCtx.fPos;
+        SkipSpace();
+        goto containerStep;
+    case EStart::kCompiled:
+        if (!keys || AtEnd() || Peek() != '{') return Fail(kIllegalCompiledObject);
+        Push(new JsonCompiledObject(keys), JsonValue::eJsonCompiledObject, keys, '{');
+        ++fCtx.fPos;
+        SkipSpace();
+        if (!AtEnd() && Peek() == '}') {
+            ++fCtx.fPos;
+            SkipSpace();
+            value = PopContainer();
+            goto valueDone;
+        }
+        if (!AtEnd() && Peek() == ',') return Fail(kObjectLeadingComma);
+        goto compiledMember;
+    }
+
+containerStep: {
+    Frame& frame = fFrames[fDepth - 1];
+    if (frame.fKind == JsonValue::eJsonObject) {
+        // object: "{" [ member *( "," member ) ] "}"   member: string ":" value
+        if (AtEnd()) return Fail(kIllegalObject);
+        auto* object = static_cast<JsonObject*>(frame.fContainer);
+        const char c = Peek();
+        if (c == ',') {
+            if (frame.fPrevious == ',' || object->Empty()) return Fail(kObjectLeadingComma);
+            ++fCtx.fPos;
+            SkipSpace();
+            frame.fPrevious = ',';
+            goto containerStep;
+        }
+        if (c == '}') {
+            if (frame.fPrevious == ',') return Fail(kObjectTrailingComma);
+            ++fCtx.fPos;
+            SkipSpace();
+            value = PopContainer();
+            goto valueDone;
+        }
+        if (frame.fPrevious != ',' && !object->Empty()) return Fail(kObjectCommaExpected);
+        if (!JsonValue::ParseString(fText, frame.fKey, fCtx)) {
+            if (fCtx.fError.empty()) return Fail(kKeyExpected);
+            fCtx.fError += kWhileParsingKey;
+            return Unwind();
+        }
+        SkipSpace();
+        if (AtEnd() || Peek() != ':') return Fail(kColonExpected);
+        ++fCtx.fPos;
+        SkipSpace();
+        frame.fInValue = true;
+        frame.fPrevious = '"';
+        mode = EStart::kValue;
+        keys = nullptr; // members of a plain object are never compiled objects
+        goto beginValue;
+    }
+    if (frame.fKind == JsonValue::eJsonArray) {
+        // array: "[" [ value *( "," value ) ] "]"
+        if (AtEnd()) return Fail(kIllegalArray);
+        const bool empty = static_cast<JsonArray*>(frame.fContainer)->Empty();
+        const char c = Peek();
+        if (c == ',') {
+            if (frame.fPrevious == ',' || empty) return Fail(kArrayLeadingComma);
+            ++fCtx.fPos;
+            SkipSpace();
+            frame.fPrevious = ',';
+            goto containerStep;
+        }
+        if (c == ']') {
+            if (frame.fPrevious == ',') return Fail(kArrayTrailingComma);
+            ++fCtx.fPos;
+            SkipSpace();
+            value = PopContainer();
+            goto valueDone;
+        }
+        if (frame.fPrevious != ',' && !empty) return Fail(kArrayCommaExpected);
+        frame.fPrevious = c;
+        frame.fInValue = true;
+        keys = frame.fKeys;
+        mode = keys ? EStart::kCompiled : EStart::kValue;
+        goto beginValue;
+    }
+    // A compiled object continues after a member.
+    if (AtEnd()) return Fail(kObjectCommaExpected);
+    if (Peek() == '}') {
+        ++fCtx.fPos;
+        SkipSpace();
+        value = PopContainer();
+        goto valueDone;
+    }
+    if (Peek() != ',') return Fail(kObjectCommaExpected);
+    ++fCtx.fPos;
+    SkipSpace();
+    if (!AtEnd() && Peek() == '}') return Fail(kCompiledTrailingComma);
+    goto compiledMember;
+}
+
+compiledMember: {
+    // Unknown keys are read and thrown away; a known key's mask picks the reader for its value.
+    Frame& frame = fFrames[fDepth - 1];
+    if (!JsonValue::ParseString(fText, frame.fKey, fCtx)) {
+        if (fCtx.fError.empty()) return Fail(kKeyExpected);
+        fCtx.fError += kWhileParsingKey;
+        return Unwind();
+    }
+    SkipSpace();
+    if (AtEnd() || Peek() != ':') return Fail(kColonExpected);
+    ++fCtx.fPos;
+    SkipSpace();
+    const auto* object = static_cast<const JsonCompiledObject*>(frame.fContainer);
+    const unsigned long index = frame.fKeys->IndexOf(frame.fKey);
+    frame.fInValue = true;
+    mode = EStart::kValue;
+    keys = nullptr;
+    if (index >= object->SlotCount()) {
+        frame.fSlot = JsonCompiledObjectContext::sMaxIndex;
+        goto beginValue;
+    }
+    frame.fSlot = index;
+    const unsigned short mask = frame.fKeys->TypeMask(index);
+    const JsonCompiledObjectContext* sub = frame.fKeys->SubContext(index);
+    char opening = 0;
+    if ((mask & JsonCompiledObjectContext::kCompiledObject) && sub) {
+        mode = EStart::kCompiled;
+        opening = '{';
+    } else if (mask & JsonCompiledObjectContext::kObject) {
+        mode = EStart::kObject;
+        opening = '{';
+    } else if (mask & JsonCompiledObjectContext::kArray) {
+        mode = EStart::kArray;
+        opening = '[';
+    }
+    keys = sub;
+    // A value that does not even start like the expected container fails without a message
+    // of its own; the compiled level then reports "value is not of expected type".
+    if (opening && (AtEnd() || Peek() != opening)) return Unwind();
+    goto beginValue;
+}
+
+valueDone:
+    if (fDepth == 0) return value;
+    {
+        Frame& frame = fFrames[fDepth - 1];
+        frame.fInValue = false;
+        switch (frame.fKind) {
+        case JsonValue::eJsonObject: {
+            auto* object = static_cast<JsonObject*>(frame.fContainer);
+            if (!fCtx.fTrustUTF8 && !fCtx.fInputIsUTF8 && !JsonValue::IsUTF8(frame.fKey)) {
+                value->Release();
+                // Deliberate: the message for a member the object cannot take is this one.
+                if (fCtx.fStrictKeys) return Fail(kDuplicateKey);
+            } else {
+                object->Put(std::move(frame.fKey), value);
+            }
+            SkipSpace();
+            goto containerStep;
+        }
+        case JsonValue::eJsonArray:
+            static_cast<JsonArray*>(frame.fContainer)->AddValueInternal(value);
+            SkipSpace();
+            goto containerStep;
+        default:
+            if (frame.fSlot == JsonCompiledObjectContext::sMaxIndex) {
+                value->Release();
+            } else {
+                static_cast<JsonCompiledObject*>(frame.fContainer)->PutSlot(frame.fSlot, value);
+            }
+            SkipSpace();
+            goto containerStep;
+        }
+    }
+}
+
+JsonValue* RunParser(const std::string& text, ParserContext& ctx, EStart start,
+                     const JsonCompiledObjectContext* keys) {
+    TextParser parser(text, ctx);
+    return parser.Run(start, keys);
+}
+
+} // namespace
+
+// MARK: - Entry points
+
+JsonValue* JsonValue::Parse(const std::string& text, ParserContext& ctx,
+                            const JsonCompiledObjectContext* keys) {
+    return RunParser(text, ctx, EStart::kValue, keys);
+}
+
+JsonObject* JsonObject::Parse(const std::string& text, ParserContext& ctx) {
+    return static_cast<JsonObject*>(RunParser(text, ctx, EStart::kObject, nullptr));
+}
+
+JsonArray* JsonArray::Parse(const std::string& text, ParserContext& ctx,
+                            const JsonCompiledObjectContext* keys) {
+    return static_cast<JsonArray*>(RunParser(text, ctx, EStart::kArray, keys));
+}
+
+JsonCompiledObject* JsonCompiledObject::Parse(const std::string& text, ParserContext& ctx,
+                                              const JsonCompiledObjectContext* context) {
+    return static_cast<JsonCompiledObject*>(RunParser(text, ctx, EStart::kCompiled, context));
+}
+
+JsonAutoRefPtr<JsonValue> JsonValue::ReadFromString(const std::string& text, ParserContext* ctx,
+                                                    const JsonCompiledObjectContext* keys) {
+    ParserContext privateContext = ParserContext::Private();
+    if (ctx && ctx->fAcceptMsgPack && !text.empty()) {
+        const auto first = static_cast<unsigned char>(text[0]);
+        // fixmap, fixarray, array 16/32, map 16/32
+        if ((first >= 0x80 && first <= 0x9F) || (first >= 0xDC && first <= 0xDF))
+            return ReadFromMsgPack(text, ctx, keys);
+    }
+    if (!ctx) ctx = &privateContext;
+    ctx->Reset();
+    if (!ctx->fTrustUTF8 && ctx->fCheckUTF8) ctx->fInputIsUTF8 = IsUTF8(text);
+    if (text.size() >= 3 && std::memcmp(text.data(), "\xEF\xBB\xBF", 3) == 0) ctx->fPos = 3;
+
+    SkipWhiteSpace(text, *ctx);
+    JsonAutoRefPtr<JsonValue> value(Parse(text, *ctx, keys));
+    if (!value) return nullptr;
+    SkipWhiteSpace(text, *ctx);
+    if (ctx->fPos < text.size()) {
+        ctx->fError = kTrailingCharacters;
+        return nullptr;
+    }
+    ctx->fComplete = true;
+    return value;
+}
+
+JsonAutoRefPtr<JsonObject> JsonObject::ReadFromString(const std::string& text, ParserContext* ctx) {
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, ctx, nullptr);
+    if (!value || value->GetType() != eJsonObject) return nullptr;
+    return JsonAutoRefPtr<JsonObject>(static_cast<JsonObject*>(value.Detach()));
+}
+
+JsonAutoRefPtr<JsonArray> JsonArray::ReadFromString(const std::string& text, ParserContext* ctx,
+                                                    const JsonCompiledObjectContext* keys) {
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, ctx, keys);
+    if (!value || value->GetType() != eJsonArray) return nullptr;
+    return JsonAutoRefPtr<JsonArray>(static_cast<JsonArray*>(value.Detach()));
+}
