@@ -1,0 +1,163 @@
+// Builtins: the built-in functions and their table.
+#include "tools/vhost/script/Builtins.h"
+
+#include "tools/vhost/host/HostDataRef.h"
+#include "tools/vhost/script/Display.h"
+#include "tools/vhost/script/Interpreter.h"
+
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <sstream>
+
+namespace vhost {
+
+namespace {
+
+using Arguments = std::vector<ScriptValue>;
+
+// Refuses a call unless the arguments have exactly these kinds.
+void Require(Interpreter& interpreter, const Expr& call, const Arguments& arguments,
+             std::initializer_list<EValueKind> kinds, const char* usage) {
+    bool fits = arguments.size() == kinds.size();
+    size_t i = 0;
+    for (EValueKind kind : kinds) {
+        if (!fits) break;
+        fits = arguments[i++].fKind == kind;
+    }
+    if (!fits) interpreter.Fail(call.fLine, call.fName + " takes " + usage);
+}
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+std::string DecodeHex(Interpreter& interpreter, const Expr& call, const std::string& text) {
+    std::string bytes;
+    int high = -1;
+    for (char c : text) {
+        if (c == ' ' || c == '\t') continue;
+        const int digit = HexDigit(c);
+        if (digit < 0)
+            interpreter.Fail(call.fLine, call.fName + ": '" + text + "' is not hex text");
+        if (high < 0) {
+            high = digit;
+        } else {
+            bytes += static_cast<char>(high * 16 + digit);
+            high = -1;
+        }
+    }
+    if (high >= 0) interpreter.Fail(call.fLine, call.fName + ": odd number of hex digits");
+    return bytes;
+}
+
+ScriptValue Print(Interpreter& interpreter, const Expr&, Arguments& arguments) {
+    std::string line;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        if (i > 0) line += ' ';
+        line += interpreter.Display(arguments[i]);
+    }
+    // Flushed so that output and the error reports on standard error keep their order.
+    interpreter.Out() << line << '\n' << std::flush;
+    return ScriptValue::Nothing();
+}
+
+// Deliberate: the got/expected forms are written between angle brackets so that empty
+// strings and trailing blanks stay visible in the FAIL line.
+ScriptValue Expect(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    if (arguments.size() != 2) interpreter.Fail(call.fLine, "expect takes two values");
+    const std::string actual = interpreter.Display(arguments[0]);
+    const std::string expected = interpreter.Display(arguments[1]);
+    if (actual != expected) {
+        interpreter.Out() << "FAIL " << interpreter.File() << ":" << call.fLine << ": got <"
+                          << actual << ">, expected <" << expected << ">\n"
+                          << std::flush;
+        interpreter.NoteExpectFailure();
+    }
+    return ScriptValue::Nothing();
+}
+
+ScriptValue LastError(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {}, "no arguments");
+    return ScriptValue::String(interpreter.GetHost().Context().TakeLastError());
+}
+
+ScriptValue TypeOf(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    if (arguments.size() != 1) interpreter.Fail(call.fLine, "typeof takes one value");
+    return ScriptValue::String(KindName(arguments[0]));
+}
+
+ScriptValue HexToData(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {EValueKind::eString}, "one STRING");
+    return ScriptValue::Data(HostDataRef::Create(DecodeHex(interpreter, call, arguments[0].fString),
+                                                 HostDataRef::EAccess::eDirect));
+}
+
+ScriptValue HexToStream(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {EValueKind::eString}, "one STRING");
+    return ScriptValue::Data(HostDataRef::Create(DecodeHex(interpreter, call, arguments[0].fString),
+                                                 HostDataRef::EAccess::eReadOnly));
+}
+
+ScriptValue DataToHex(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {EValueKind::eDataRef}, "one DATAREF");
+    return ScriptValue::String(FormatHex(ReadAllBytes(arguments[0].fData.Get())));
+}
+
+ScriptValue StringToHex(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {EValueKind::eString}, "one STRING");
+    return ScriptValue::String(FormatHex(arguments[0].fString));
+}
+
+ScriptValue ReadFile(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {EValueKind::eString}, "one STRING");
+    std::filesystem::path path(arguments[0].fString);
+    if (path.is_relative() && !interpreter.Folder().empty())
+        path = std::filesystem::path(interpreter.Folder()) / path;
+    std::ifstream in(path, std::ios::binary);
+    std::error_code ec;
+    if (!in || std::filesystem::is_directory(path, ec))
+        interpreter.Fail(call.fLine, "cannot read " + path.string());
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return ScriptValue::String(std::move(bytes));
+}
+
+// Deliberate: no fit test and no count check; the module gets exactly these arguments, so
+// scripts can provoke its argument checks and read the status word through lasterror().
+ScriptValue Call(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    if (arguments.empty() || arguments[0].fKind != EValueKind::eString)
+        interpreter.Fail(call.fLine, "call takes a symbol name (STRING) and the arguments");
+    const std::string& symbol = arguments[0].fString;
+    const RegisteredFunction* function = interpreter.GetHost().GetRegistry().FindSymbol(symbol);
+    if (!function)
+        interpreter.Fail(call.fLine, "no module defines a function with symbol " + symbol);
+    const Arguments rest(std::make_move_iterator(arguments.begin() + 1),
+                         std::make_move_iterator(arguments.end()));
+    return interpreter.CallFunction(*function, rest, call.fLine);
+}
+
+struct BuiltinEntry {
+    std::string_view fName;
+    BuiltinFunction fFunction;
+};
+
+constexpr BuiltinEntry sBuiltins[] = {
+    {"print", Print},        {"expect", Expect},       {"lasterror", LastError},
+    {"typeof", TypeOf},      {"hex2data", HexToData},  {"hex2stream", HexToStream},
+    {"data2hex", DataToHex}, {"str2hex", StringToHex}, {"readfile", ReadFile},
+    {"call", Call},
+};
+
+} // namespace
+
+BuiltinFunction FindBuiltin(std::string_view name) {
+    for (const BuiltinEntry& entry : sBuiltins)
+        if (entry.fName == name) return entry.fFunction;
+    return nullptr;
+}
+
+} // namespace vhost
