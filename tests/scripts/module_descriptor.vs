@@ -13,6 +13,15 @@ expect(JSON.AsDouble(JSON.FromString("2.5")), 2.5)
 expect(call("virelo_module_AsNumber", JSON.FromString('"7x"')), 7)
 expect(call("virelo_module_AsDouble", JSON.FromString('"7x"')), 7)
 
+# JSON.IsEmpty and JSON.Empty
+expect(call("virelo_module_IsEmpty", JSON.FromString('""')), true)
+expect(call("virelo_module_Empty", JSON.FromString('""')), true)
+expect(call("virelo_module_Empty", JSON.FromString('[0]')), false)
+
+# JSON.SubNode and the string form of JSON.GetSubNode
+expect(call("virelo_module_FindNodePath", j, "a/0"), "1.50")
+expect(call("virelo_module_GetFromNodePath", j, "a/0"), "1.50")
+
 # functions whose only parameter is the call context
 expect(call("virelo_module_CreateEmptyArray"), "[]")
 expect(call("virelo_module_CreateEmptyObject"), "{}")

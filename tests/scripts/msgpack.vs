@@ -9,6 +9,7 @@ expect(JSON.ToMsgPack(JSON.FromString("18446744073709551615")), "CF FF FF FF FF 
 expect(JSON.ToMsgPack(JSON.FromMsgPack(hex2data("D3 80 00 00 00 00 00 00 00"))), "D3 80 00 00 00 00 00 00 00")
 # reals: float32 when the double survives the round trip through float, else float64
 expect(JSON.ToMsgPack(JSON.FromString("[1.5,-0.0,0.1,1e30]")), "94 CA 3F C0 00 00 CA 80 00 00 00 CB 3F B9 99 99 99 99 99 9A CB 46 29 3E 59 39 A0 8C EA")
+expect(JSON.ToMsgPack(JSON.ArrayFromNumberVector([nan, inf, -inf, 3])), "94 CB 7F F8 00 00 00 00 00 00 CA 7F 80 00 00 CA FF 80 00 00 CA 40 40 00 00")
 # strings up to 31 bytes are fixstr, then str 8; no UTF-8 check on writing
 expect(JSON.ToMsgPack(JSON.FromString('["","a","abcdefghijklmnopqrstuvwxyz01234"]')), "93 A0 A1 61 BF 61 62 63 64 65 66 67 68 69 6A 6B 6C 6D 6E 6F 70 71 72 73 74 75 76 77 78 79 7A 30 31 32 33 34")
 expect(JSON.ToMsgPack(JSON.FromString('"abcdefghijklmnopqrstuvwxyz012345"')), "D9 20 61 62 63 64 65 66 67 68 69 6A 6B 6C 6D 6E 6F 70 71 72 73 74 75 76 77 78 79 7A 30 31 32 33 34 35")
