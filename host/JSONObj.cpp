@@ -1,6 +1,8 @@
 // JSONObj.
 #include "host/JSONObj.h"
 
+#include "host/ijson/JSONWrapper.h"
+
 #include "json/JsonArray.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
@@ -28,10 +30,9 @@ JsonValue* InitialValue(JsonValue::EJsonValueType type) {
 }
 
 // The tree behind a document of this module's own IJSON implementation, shared; null for
-// documents of other implementations. This module's IJSON implementation comes later: until
-// then every document takes the text way.
-JsonAutoRefPtr<JsonValue> DirectValue(const IJSON*) {
-    return nullptr;
+// documents of other implementations.
+JsonAutoRefPtr<JsonValue> DirectValue(const IJSON* json) {
+    return JSON::JSONWrapper::ToVJson(json);
 }
 } // namespace
 
@@ -89,7 +90,7 @@ bool JSONObj::Interface_Deserialize(const IJSON* json, IContext*) {
 }
 
 IJSON* JSONObj::Interface_Serialize(IContext*) const {
-    return nullptr; // needs this module's IJSON implementation, which comes later
+    return JSON::JSONWrapper::FromVJson(fValue).Detach();
 }
 
 unsigned long long JSONObj::Interface_ToBinaryData(void** target, unsigned long long format) const {

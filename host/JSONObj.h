@@ -5,7 +5,8 @@
 //
 // Deliberate behaviours kept here:
 // - The 11100 channel shares the tree between two values; Clone and Deserialize copy it.
-// - Interface_LessThan orders by the compact texts, byte by byte, not by numbers.
+// - Interface_LessThan orders by the values' texts (a string's own text, any other value's
+//   compact JSON), byte by byte, not by numbers.
 // - The type-4 constructor makes null: a compiled object cannot exist without a key table.
 #pragma once
 

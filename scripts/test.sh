@@ -1,10 +1,19 @@
 #!/usr/bin/env bash
-# Builds and runs every test. With --sanitize address|thread it builds into build-asan/ or
-# build-tsan/ with that sanitizer instead of build/.
+# Builds and runs every test.
+#   --sanitize address|thread  build into build-asan/ or build-tsan/ with that sanitizer
+#   --only TARGET LABEL         build only TARGET and run only the tests labelled LABEL
 set -euo pipefail
 cd "$(dirname "$0")/.."
 sanitize=""
-if [ "${1:-}" = "--sanitize" ]; then sanitize="${2:?address or thread}"; fi
+target=""
+label=""
+while [ $# -gt 0 ]; do
+    case "$1" in
+        --sanitize) sanitize="${2:?address or thread}"; shift 2 ;;
+        --only) target="${2:?target}"; label="${3:?label}"; shift 3 ;;
+        *) echo "usage: scripts/test.sh [--sanitize address|thread] [--only TARGET LABEL]" >&2; exit 2 ;;
+    esac
+done
 
 scripts/deps.sh g++ cmake ninja-build googletest libgtest-dev
 
@@ -15,5 +24,10 @@ case "$sanitize" in
     *) echo "unknown sanitizer: $sanitize" >&2; exit 2 ;;
 esac
 cmake -S . -B "$dir" -G Ninja -DVIRELO_JSON_SANITIZE="$sanitize" >/dev/null
-cmake --build "$dir"
-ctest --test-dir "$dir" --output-on-failure -j2
+if [ -n "$target" ]; then
+    cmake --build "$dir" --target "$target"
+    ctest --test-dir "$dir" --output-on-failure -j2 -L "^$label\$"
+else
+    cmake --build "$dir"
+    ctest --test-dir "$dir" --output-on-failure -j2
+fi

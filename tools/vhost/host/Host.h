@@ -18,7 +18,8 @@
 namespace vhost {
 
 /// Thrown by Host::Call for an unavailable function and when a C++ exception escapes a
-/// module function; the message is ready for the script's error line.
+/// module function, and by the host services (HostServices.h) when a module refuses; the
+/// message is ready for the script's error line.
 class ModuleFault : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

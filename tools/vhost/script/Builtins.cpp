@@ -2,6 +2,7 @@
 #include "tools/vhost/script/Builtins.h"
 
 #include "tools/vhost/host/HostDataRef.h"
+#include "tools/vhost/host/HostServices.h"
 #include "tools/vhost/script/Display.h"
 #include "tools/vhost/script/Interpreter.h"
 
@@ -140,6 +141,89 @@ ScriptValue Call(Interpreter& interpreter, const Expr& call, Arguments& argument
     return interpreter.CallFunction(*function, rest, call.fLine);
 }
 
+// ---- Host services over JSON values ----
+
+constexpr const char* sJsonType = "JSON";
+
+// Refuses a call unless it has exactly `count` arguments, each a JSON with its object (a
+// NONE has nothing to serialize, clone or compare).
+void RequireJson(Interpreter& interpreter, const Expr& call, const Arguments& arguments,
+                 size_t count, const char* usage) {
+    bool fits = arguments.size() == count;
+    for (size_t i = 0; fits && i < count; ++i)
+        fits = arguments[i].fKind == EValueKind::eObject && arguments[i].fTypeName == sJsonType;
+    if (!fits) interpreter.Fail(call.fLine, call.fName + " takes " + usage);
+}
+
+CallSite Site(const Interpreter& interpreter, const Expr& call) {
+    return {interpreter.File(), call.fLine};
+}
+
+ScriptValue ObjectValue(Virelo::AutoRefPtr<Virelo::IUserDefinedType> object, unsigned int typeId,
+                        std::string typeName) {
+    ScriptValue value;
+    value.fKind = EValueKind::eObject;
+    value.fObject = std::move(object);
+    value.fTypeId = typeId;
+    value.fTypeName = std::move(typeName);
+    return value;
+}
+
+// Runs a host service; its refusal becomes a script error at the call.
+template <class Service> auto Serve(Interpreter& interpreter, const Expr& call, Service service) {
+    try {
+        return service();
+    } catch (const ModuleFault& fault) {
+        interpreter.Fail(call.fLine, fault.what());
+    }
+}
+
+ScriptValue Serialize(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    RequireJson(interpreter, call, arguments, 1, "one JSON");
+    std::string bytes = Serve(interpreter, call, [&] {
+        return SerializeValue(interpreter.GetHost(), *arguments[0].fObject,
+                              Site(interpreter, call));
+    });
+    return ScriptValue::Data(HostDataRef::Create(std::move(bytes), HostDataRef::EAccess::eDirect));
+}
+
+ScriptValue Deserialize(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    Require(interpreter, call, arguments, {EValueKind::eDataRef}, "one DATAREF");
+    Host& host = interpreter.GetHost();
+    auto value = Serve(interpreter, call, [&] {
+        return DeserializeValue(host, sJsonType, ReadAllBytes(arguments[0].fData.Get()),
+                                Site(interpreter, call));
+    });
+    const unsigned int typeId = value->Interface_GetType();
+    return ObjectValue(std::move(value), typeId, sJsonType);
+}
+
+ScriptValue Clone(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    RequireJson(interpreter, call, arguments, 1, "one JSON");
+    const ScriptValue& original = arguments[0];
+    auto copy = Serve(interpreter, call, [&] {
+        return CloneValue(interpreter.GetHost(), *original.fObject, Site(interpreter, call));
+    });
+    return ObjectValue(std::move(copy), original.fTypeId, original.fTypeName);
+}
+
+ScriptValue Transfer(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    RequireJson(interpreter, call, arguments, 1, "one JSON");
+    const ScriptValue& original = arguments[0];
+    auto target = Serve(interpreter, call, [&] {
+        return TransferValue(interpreter.GetHost(), *original.fObject, Site(interpreter, call));
+    });
+    return ObjectValue(std::move(target), original.fTypeId, original.fTypeName);
+}
+
+ScriptValue LessThan(Interpreter& interpreter, const Expr& call, Arguments& arguments) {
+    RequireJson(interpreter, call, arguments, 2, "two JSON");
+    return ScriptValue::Boolean(Serve(interpreter, call, [&] {
+        return ValueLessThan(interpreter.GetHost(), *arguments[0].fObject, *arguments[1].fObject,
+                             Site(interpreter, call));
+    }));
+}
+
 struct BuiltinEntry {
     std::string_view fName;
     BuiltinFunction fFunction;
@@ -149,7 +233,8 @@ constexpr BuiltinEntry sBuiltins[] = {
     {"print", Print},        {"expect", Expect},       {"lasterror", LastError},
     {"typeof", TypeOf},      {"hex2data", HexToData},  {"hex2stream", HexToStream},
     {"data2hex", DataToHex}, {"str2hex", StringToHex}, {"readfile", ReadFile},
-    {"call", Call},
+    {"call", Call},          {"serialize", Serialize}, {"deserialize", Deserialize},
+    {"clone", Clone},        {"transfer", Transfer},   {"lessthan", LessThan},
 };
 
 } // namespace

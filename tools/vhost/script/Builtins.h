@@ -1,5 +1,6 @@
 // Builtins: the functions every script has (print, expect, lasterror, typeof, the hex and
-// data helpers, readfile, call). They are found before module functions of the same name.
+// data helpers, readfile, call, and the host services serialize, deserialize, clone,
+// transfer and lessthan). They are found before module functions of the same name.
 #pragma once
 
 #include "tools/vhost/script/ScriptParser.h"
