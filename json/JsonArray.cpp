@@ -25,7 +25,7 @@ JsonArray& JsonArray::operator=(const JsonArray& other) {
 
 JsonArray& JsonArray::operator=(JsonArray&& other) noexcept {
     if (this != &other) {
-        std::vector<JsonValue*> old;
+        ElementVector old;
         old.swap(fElements);
         fElements.swap(other.fElements);
         for (JsonValue* element : old)
@@ -153,7 +153,7 @@ unsigned long JsonArray::Erase(unsigned long first, unsigned long count) {
         count == 0)
         return 0;
     const unsigned long removed = std::min<unsigned long>(count, fElements.size() - first);
-    std::vector<JsonValue*> gone(fElements.begin() + static_cast<std::ptrdiff_t>(first),
+    ElementVector gone(fElements.begin() + static_cast<std::ptrdiff_t>(first),
                                  fElements.begin() + static_cast<std::ptrdiff_t>(first + removed));
     fElements.erase(fElements.begin() + static_cast<std::ptrdiff_t>(first),
                     fElements.begin() + static_cast<std::ptrdiff_t>(first + removed));

@@ -27,9 +27,11 @@ public:
     JsonArray& operator=(JsonArray&& other) noexcept;
     ~JsonArray() override;
 
+    using ElementVector = std::vector<JsonValue*, JsonMemory::Allocator<JsonValue*>>;
+
     size_t Size() const noexcept { return fElements.size(); }
     bool Empty() const noexcept { return fElements.empty(); }
-    const std::vector<JsonValue*>& Elements() const noexcept { return fElements; }
+    const ElementVector& Elements() const noexcept { return fElements; }
 
     // ---- Appends (a null pointer appends nothing) ----
     void AddValue(const JsonAutoRefPtr<JsonValue>& value);
@@ -102,11 +104,16 @@ public:
     }
     /// Makes room for `count` more elements at once (used by readers that know the count).
     void Reserve(size_t count) { fElements.reserve(count); }
+    /// Appends `count` elements at once, taking over their references (used by the parser,
+    /// which knows an array's elements when it closes).
+    void TakeElements(JsonValue* const* elements, size_t count) {
+        fElements.insert(fElements.end(), elements, elements + count);
+    }
 
     // ---- Tree-walk internals (deep copy and teardown without recursion) ----
     /// A copy with as many elements as `other`, all null.
     static JsonArray* CloneShell(const JsonArray& other);
-    std::vector<JsonValue*>& MutableElements() noexcept { return fElements; }
+    ElementVector& MutableElements() noexcept { return fElements; }
     /// Hands every element's reference to `drop` and leaves the array empty.
     template <class F> void TakeChildren(F&& drop) {
         for (JsonValue*& element : fElements) drop(std::exchange(element, nullptr));
@@ -116,5 +123,5 @@ public:
 private:
     friend class ArrayRef;
 
-    std::vector<JsonValue*> fElements;
+    ElementVector fElements;
 };

@@ -22,7 +22,12 @@ class ObjectRef;
 
 class JsonObject final : public JsonValue {
 public:
-    using MemberMap = std::unordered_map<std::string, std::pair<unsigned long, JsonValue*>>;
+    // The map's own order (hash and growth) is observable: std::hash and the standard policy
+    // stay; only the node memory comes from the pool.
+    using MemberMap =
+        std::unordered_map<std::string, std::pair<unsigned long, JsonValue*>, std::hash<std::string>,
+                           std::equal_to<std::string>,
+                           JsonMemory::Allocator<std::pair<const std::string, std::pair<unsigned long, JsonValue*>>>>;
     using Member = MemberMap::value_type;
 
     JsonObject() : JsonValue(eJsonObject) {}

@@ -4,6 +4,7 @@
 #include "json/text/TextWriter.h"
 
 #include <charconv>
+#include <cstring>
 #include <cmath>
 #include <stdexcept>
 
@@ -37,23 +38,40 @@ void JsonInteger::AppendToString(std::string& out) const {
     }
 }
 
+JsonReal::JsonReal(std::string_view pendingText, uint32_t digitCount)
+    : JsonValue(eJsonReal), fValue(0.0), fDigitCount(digitCount) {
+    SetText(pendingText);
+    fPending.store(!pendingText.empty(), std::memory_order_relaxed);
+}
+
 JsonReal::JsonReal(const JsonReal& other)
     : JsonValue(eJsonReal), fValue(other.fValue.load(std::memory_order_relaxed)),
       fDigitCount(other.fDigitCount) {
     // A copy of a real that was never converted keeps the text and converts it itself later.
     if (other.HasPendingText()) {
-        fPendingText = other.fPendingText;
+        SetText(other.PendingText());
         fPending.store(true, std::memory_order_relaxed);
     } else {
         fValue.store(other.Get(), std::memory_order_relaxed);
     }
 }
 
+JsonReal::~JsonReal() {
+    if (fTextLength > kInlineText) delete[] fHeap;
+}
+
+void JsonReal::SetText(std::string_view text) {
+    char* target = fInline;
+    if (text.size() > kInlineText) target = fHeap = new char[text.size()];
+    if (!text.empty()) std::memcpy(target, text.data(), text.size());
+    fTextLength = static_cast<uint32_t>(text.size());
+}
+
 double JsonReal::Get() const noexcept {
     if (fPending.load(std::memory_order_acquire)) {
         // Concurrent first readers may both convert; they store the same value, and the text
         // itself is never changed, so no reader sees a half-made state.
-        const double value = StrToDouble(fPendingText);
+        const double value = StrToDouble(PendingText());
         fValue.store(value, std::memory_order_relaxed);
         fPending.store(false, std::memory_order_release);
         return value;
@@ -61,7 +79,7 @@ double JsonReal::Get() const noexcept {
     return fValue.load(std::memory_order_relaxed);
 }
 
-double JsonReal::StrToDouble(const std::string& text) noexcept {
+double JsonReal::StrToDouble(std::string_view text) noexcept {
     // Fast path: a complete number whose result is a normal double is exactly what std::stod
     // gives (both round correctly). Everything else takes the reference route below.
     double fast = 0.0;
@@ -71,22 +89,26 @@ double JsonReal::StrToDouble(const std::string& text) noexcept {
     if (ec == std::errc() && end == last && std::isnormal(fast)) return fast;
 
     try {
-        return std::stod(text);
-    } catch (const std::invalid_argument&) {
-        return 0.0;
-    } catch (const std::out_of_range&) {
-        // Retried in extended precision: beyond the double range (either sign) the result is
-        // +infinity, deliberately; an underflow rounds to the denormal or zero.
+        const std::string copy(text);
         try {
-            const long double extended = std::stold(text);
-            if (extended > static_cast<long double>(sMax) || extended < static_cast<long double>(sLowest))
+            return std::stod(copy);
+        } catch (const std::invalid_argument&) {
+            return 0.0;
+        } catch (const std::out_of_range&) {
+            // Retried in extended precision: beyond the double range (either sign) the result
+            // is +infinity, deliberately; an underflow rounds to the denormal or zero.
+            try {
+                const long double extended = std::stold(copy);
+                if (extended > static_cast<long double>(sMax) ||
+                    extended < static_cast<long double>(sLowest))
+                    return sInfinity;
+                return static_cast<double>(extended);
+            } catch (...) {
                 return sInfinity;
-            return static_cast<double>(extended);
-        } catch (...) {
-            return sInfinity;
+            }
         }
     } catch (...) {
-        return 0.0;
+        return 0.0; // no memory for the copy
     }
 }
 

@@ -12,6 +12,7 @@
 #include <climits>
 #include <limits>
 #include <string>
+#include <string_view>
 
 class JsonString final : public JsonValue {
 public:
@@ -78,32 +79,42 @@ public:
     JsonReal(double v, uint32_t digitCount) noexcept
         : JsonValue(eJsonReal), fValue(v), fDigitCount(digitCount) {}
     /// A parsed real whose conversion is deferred to its first use.
-    JsonReal(std::string&& pendingText, uint32_t digitCount) noexcept
-        : JsonValue(eJsonReal), fValue(0.0), fPendingText(std::move(pendingText)),
-          fDigitCount(digitCount), fPending(!fPendingText.empty()) {}
+    JsonReal(std::string_view pendingText, uint32_t digitCount);
     JsonReal(const JsonReal& other);
+    ~JsonReal() override;
 
     /// The value; a pending text is converted (and counts as emptied) first.
     double Get() const noexcept;
     void Get(double& out) const noexcept { out = Get(); }
     bool HasPendingText() const noexcept { return fPending.load(std::memory_order_acquire); }
     /// The text as read; meaningful only while HasPendingText().
-    const std::string& PendingText() const noexcept { return fPendingText; }
+    std::string_view PendingText() const noexcept {
+        return {fTextLength <= kInlineText ? fInline : fHeap, fTextLength};
+    }
     uint32_t GetDigitCount() const noexcept { return fDigitCount; }
 
     /// std::stod semantics; invalid text gives 0.0; out of range retries in long double and
     /// gives +infinity beyond the double range. Deliberately, negative overflow and extended
     /// underflow also give +infinity.
-    static double StrToDouble(const std::string& text) noexcept;
+    static double StrToDouble(std::string_view text) noexcept;
 
     void AppendToString(std::string& out) const override;
     void AppendToMsgPack(BigEndianWriter* writer) const override;
 
 private:
+    // Most numbers fit in the node itself; longer texts get a block of their own.
+    static constexpr uint32_t kInlineText = 24;
+
+    void SetText(std::string_view text);
+
     mutable std::atomic<double> fValue;
-    std::string fPendingText;
     uint32_t fDigitCount;
+    uint32_t fTextLength = 0;
     mutable std::atomic<bool> fPending{false};
+    union {
+        char fInline[kInlineText];
+        char* fHeap;
+    };
 };
 
 class JsonTrue final : public JsonValue {

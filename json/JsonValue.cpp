@@ -7,6 +7,7 @@
 // - IsUTF8 is structural only: overlong forms, encoded surrogates and lead bytes up to F7 pass.
 #include "json/JsonValue.h"
 
+#include "json/ByteScan.h"
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
@@ -326,32 +327,24 @@ bool JsonValue::IsUTF8(std::string_view s, unsigned long* errorPos) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(s.data());
     const size_t n = s.size();
     size_t i = 0;
-    // Fast path over ASCII: whole 8-byte blocks while at least one byte follows the block. It
-    // only finds where the byte-by-byte check must start.
-    if (n >= 8) {
-        while (i + 8 < n) {
-            uint64_t block;
-            std::memcpy(&block, bytes + i, 8);
-            if (block & 0x8080808080808080ULL) break;
-            i += 8;
-        }
-    }
-    while (i < n) {
+    for (;;) {
+        // Runs of ASCII are skipped a block at a time; the blocks only find where the
+        // byte-by-byte check must look, they never decide alone.
+        i = ByteScan::SkipAscii(bytes, i, n);
+        if (i >= n) break;
         const unsigned char c = bytes[i];
         size_t follow;
-        if (c < 0x80) {
-            ++i;
-            continue;
-        } else if ((c & 0xE0) == 0xC0) {
+        if ((c & 0xE0) == 0xC0) {
             follow = 1;
         } else if ((c & 0xF0) == 0xE0) {
             follow = 2;
         } else if ((c & 0xF8) == 0xF0) {
             follow = 3;
         } else {
-            if (errorPos) *errorPos = i;
+            if (errorPos) *errorPos = i; // a stray continuation byte, or F8-FF
             return false;
         }
+        // The last byte of the sequence must lie inside the string.
         bool ok = i + follow < n;
         for (size_t k = 1; ok && k <= follow; ++k) ok = (bytes[i + k] & 0xC0) == 0x80;
         if (!ok) {

@@ -6,6 +6,8 @@
 // level (see JsonValue::Release); documents of any depth can be freed on a small stack.
 #pragma once
 
+#include "json/JsonMemory.h"
+
 #include <atomic>
 #include <cstdint>
 #include <string>
@@ -73,6 +75,10 @@ public:
     }
 
     virtual ~JsonValue() = default;
+
+    // Nodes come from the small-block pool: a tree is allocated and freed node by node.
+    static void* operator new(size_t size) { return JsonMemory::Allocate(size); }
+    static void operator delete(void* node, size_t size) noexcept { JsonMemory::Free(node, size); }
 
     /// Appends the compact JSON text of this node.
     virtual void AppendToString(std::string& out) const = 0;

@@ -12,6 +12,7 @@
 // - Duplicate keys: the last value wins and keeps the first key's place.
 // - A plain object appends " while parsing a value" to a member value's error at every level;
 //   arrays append nothing; compiled objects append " while parsing value".
+#include "json/ByteScan.h"
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
@@ -106,24 +107,30 @@ inline bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-void SkipWhiteSpace(const std::string& text, ParserContext& ctx) {
+// The end of the run of decimal digits starting at `pos`, eight bytes at a time.
+size_t SkipDigits(const char* s, size_t pos, size_t size) {
+    while (pos + 8 <= size) {
+        uint64_t block;
+        std::memcpy(&block, s + pos, 8);
+        // A byte is a digit when its high nibble is 3 and adding 6 keeps it below 0x40.
+        const uint64_t notDigit = ((block & 0xF0F0F0F0F0F0F0F0ULL) ^ 0x3030303030303030ULL) |
+                                  (((block + 0x0606060606060606ULL) & 0xF0F0F0F0F0F0F0F0ULL) ^
+                                   0x3030303030303030ULL);
+        if (notDigit) return pos + static_cast<size_t>(__builtin_ctzll(notDigit) / 8);
+        pos += 8;
+    }
+    while (pos < size && IsDigit(s[pos])) ++pos;
+    return pos;
+}
+
+// Most calls find no white space at all: that case stays inline.
+inline void SkipWhiteSpace(const std::string& text, ParserContext& ctx) {
+    if (ctx.fPos < text.size() && static_cast<unsigned char>(text[ctx.fPos]) > ' ') return;
     ::SkipWhiteSpace(text.data(), text.size(), ctx);
 }
 
-// The bytes that end the plain run of a string: quote, backslash, control characters.
-constexpr auto kStringStops = [] {
-    struct Table {
-        bool fStop[256] = {};
-    } table;
-    for (int c = 0; c < 0x20; ++c) table.fStop[c] = true;
-    table.fStop[static_cast<unsigned char>('"')] = true;
-    table.fStop[static_cast<unsigned char>('\\')] = true;
-    return table;
-}();
-
 size_t FindStringStop(const char* text, size_t pos, size_t size) {
-    while (pos < size && !kStringStops.fStop[static_cast<unsigned char>(text[pos])]) ++pos;
-    return pos;
+    return ByteScan::FindStringStop(reinterpret_cast<const unsigned char*>(text), pos, size);
 }
 
 bool FailString(std::string& out, ParserContext& ctx) {
@@ -285,6 +292,10 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
         ++pos; // a leading 0 is the whole integer part; a following digit is left to the caller
         digitCount = 1;
     } else {
+        // Up to 19 digits always fit in 64 bits; only longer numbers need the overflow test.
+        const size_t fastEnd = std::min(size, pos + 19);
+        for (; pos < fastEnd && IsDigit(s[pos]); ++pos) magnitude = magnitude * 10 + static_cast<unsigned>(s[pos] - '0');
+        digitCount = static_cast<uint32_t>(pos - (negative ? start + 1 : start));
         for (; pos < size && IsDigit(s[pos]); ++pos) {
             const unsigned digit = static_cast<unsigned>(s[pos] - '0');
             if (magnitude < JsonInteger::sMaxUInt64Div10 ||
@@ -307,7 +318,9 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
             ctx.fError = kFractionDigit;
             return nullptr;
         }
-        for (; pos < size && IsDigit(s[pos]); ++pos) ++fractionDigits;
+        const size_t digits = SkipDigits(s, pos, size);
+        fractionDigits = static_cast<uint32_t>(digits - pos);
+        pos = digits;
         digitCount += fractionDigits;
         isReal = true;
     }
@@ -335,7 +348,7 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
         // Deliberate: a negative magnitude of 2^63 or more is a real, -2^63 included.
     }
 
-    std::string number(s + start, pos - start);
+    const std::string_view number(s + start, pos - start);
     JsonValue* real;
     if (exponentDigits > 1 || fractionDigits >= 18) {
         const double value = JsonReal::StrToDouble(number);
@@ -346,7 +359,7 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
         }
         real = new JsonReal(value, digitCount);
     } else {
-        real = new JsonReal(std::move(number), digitCount);
+        real = new JsonReal(number, digitCount);
     }
     ctx.fPos = pos;
     return real;
@@ -374,6 +387,7 @@ private:
         char fPrevious = 0;   // last separator: '{', '[', ',' or a member's first byte
         bool fInValue = false; // a member value or element is being read
         unsigned long fSlot = 0; // compiled objects: the slot of the value being read
+        size_t fFirstElement = 0; // arrays: where their elements start in fElements
         std::string fKey;        // objects: the key of the value being read
     };
 
@@ -383,16 +397,26 @@ private:
     Frame& Push(JsonValue* container, JsonValue::EJsonValueType kind,
                 const JsonCompiledObjectContext* keys, char opening);
     JsonValue* PopContainer() { return fFrames[--fDepth].fContainer; }
+    /// Closes the innermost frame, an array: it takes the elements read for it.
+    JsonValue* PopArray();
     JsonValue* Fail(const char* message) {
         fCtx.fError = message;
         return Unwind();
     }
+
+public:
+    /// Releases everything built so far, adding the enclosing levels' suffixes to the message.
     JsonValue* Unwind();
+
+private:
 
     const std::string& fText;
     ParserContext& fCtx;
     std::vector<Frame> fFrames; // frames are reused, so their key strings keep their capacity
     size_t fDepth = 0;
+    // The elements of the open arrays, stacked; an array takes its own when it closes, so that
+    // its vector is allocated once at the right size.
+    std::vector<JsonValue*> fElements;
     std::string fScratch;
 };
 
@@ -412,7 +436,17 @@ TextParser::Frame& TextParser::Push(JsonValue* container, JsonValue::EJsonValueT
     frame.fKeys = keys;
     frame.fPrevious = opening;
     frame.fInValue = false;
+    frame.fFirstElement = fElements.size();
     return frame;
+}
+
+JsonValue* TextParser::PopArray() {
+    Frame& frame = fFrames[fDepth - 1];
+    auto* array = static_cast<JsonArray*>(frame.fContainer);
+    array->TakeElements(fElements.data() + frame.fFirstElement, fElements.size() - frame.fFirstElement);
+    fElements.resize(frame.fFirstElement);
+    --fDepth; // only now: should taking the elements throw, the frame still owns the array
+    return array;
 }
 
 // Releases every open container; each level that was reading a member value adds its suffix
@@ -434,6 +468,8 @@ JsonValue* TextParser::Unwind() {
         }
         frame.fContainer->Release();
     }
+    for (JsonValue* element : fElements) element->Release();
+    fElements.clear();
     return nullptr;
 }
 
@@ -553,7 +589,7 @@ containerStep: {
     if (frame.fKind == JsonValue::eJsonArray) {
         // array: "[" [ value *( "," value ) ] "]"
         if (AtEnd()) return Fail(kIllegalArray);
-        const bool empty = static_cast<JsonArray*>(frame.fContainer)->Empty();
+        const bool empty = fElements.size() == frame.fFirstElement;
         const char c = Peek();
         if (c == ',') {
             if (frame.fPrevious == ',' || empty) return Fail(kArrayLeadingComma);
@@ -566,7 +602,7 @@ containerStep: {
             if (frame.fPrevious == ',') return Fail(kArrayTrailingComma);
             ++fCtx.fPos;
             SkipSpace();
-            value = PopContainer();
+            value = PopArray();
             goto valueDone;
         }
         if (frame.fPrevious != ',' && !empty) return Fail(kArrayCommaExpected);
@@ -646,13 +682,23 @@ valueDone:
                 // Deliberate: the message for a member the object cannot take is this one.
                 if (fCtx.fStrictKeys) return Fail(kDuplicateKey);
             } else {
-                object->Put(std::move(frame.fKey), value);
+                try {
+                    object->Put(std::move(frame.fKey), value);
+                } catch (...) {
+                    value->Release(); // out of memory: the open containers go in RunParser
+                    throw;
+                }
             }
             SkipSpace();
             goto containerStep;
         }
         case JsonValue::eJsonArray:
-            static_cast<JsonArray*>(frame.fContainer)->AddValueInternal(value);
+            try {
+                fElements.push_back(value);
+            } catch (...) {
+                value->Release();
+                throw;
+            }
             SkipSpace();
             goto containerStep;
         default:
@@ -670,7 +716,12 @@ valueDone:
 JsonValue* RunParser(const std::string& text, ParserContext& ctx, EStart start,
                      const JsonCompiledObjectContext* keys) {
     TextParser parser(text, ctx);
-    return parser.Run(start, keys);
+    try {
+        return parser.Run(start, keys);
+    } catch (...) {
+        parser.Unwind(); // only allocation failure gets here: free what was built, pass it on
+        throw;
+    }
 }
 
 } // namespace

@@ -1,20 +1,56 @@
-// The JSON text writer.
+// The JSON text writer. Output goes through a TextSink: a raw cursor into the caller's string,
+// which is grown ahead by doubling and cut to the written length at the end, so that every
+// small piece is a store, not a std::string append.
 #include "json/text/TextWriter.h"
 
+#include "json/ByteScan.h"
 #include "json/JsonScalar.h"
 #include "json/TreeWalk.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cstdint>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
-
-// MARK: - Strings
+#include <string_view>
 
 namespace {
 
-// 0: copied as is; otherwise the letter after the backslash ('u' for \u00XX).
+class TextSink {
+public:
+    explicit TextSink(std::string& out) : fOut(out), fUsed(out.size()) {}
+    TextSink(const TextSink&) = delete;
+    TextSink& operator=(const TextSink&) = delete;
+    ~TextSink() { fOut.resize(fUsed); }
+
+    /// Room for `n` more bytes at the returned cursor; Commit says how many were written.
+    char* Reserve(size_t n) {
+        if (fOut.size() - fUsed < n) fOut.resize(std::max(fOut.size() * 2, fUsed + n + 256));
+        return fOut.data() + fUsed;
+    }
+    void Commit(size_t n) { fUsed += n; }
+    void Put(char c) {
+        *Reserve(1) = c;
+        ++fUsed;
+    }
+    void Put(const char* text, size_t n) {
+        if (!n) return;
+        std::memcpy(Reserve(n), text, n);
+        fUsed += n;
+    }
+    void Put(std::string_view text) { Put(text.data(), text.size()); }
+
+private:
+    std::string& fOut;
+    size_t fUsed;
+};
+
+// MARK: - Strings
+
+constexpr char kHex[] = "0123456789ABCDEF";
+
+// The letter after the backslash for the bytes that need one ('u' for \u00XX), else 0.
 constexpr auto kEscapes = [] {
     struct Table {
         char fLetter[256] = {};
@@ -30,203 +66,241 @@ constexpr auto kEscapes = [] {
     return table;
 }();
 
-} // namespace
-
-void AppendQuotedString(const std::string& text, std::string& out) {
+// Clean runs (everything but the quote mark, the backslash and control bytes) are copied in
+// one piece; the bytes between them are escaped.
+void PutQuoted(TextSink& sink, const std::string& text) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     const size_t n = text.size();
-    size_t clean = 0; // start of the run not yet appended
-    for (size_t i = 0; i < n; ++i) {
-        const char letter = kEscapes.fLetter[bytes[i]];
-        if (!letter) continue;
-        out.append(text, clean, i - clean);
-        clean = i + 1;
+    for (size_t clean = 0;;) {
+        const size_t stop = ByteScan::FindStringStop(bytes, clean, n);
+        sink.Put(text.data() + clean, stop - clean);
+        if (stop == n) return;
+        const unsigned char c = bytes[stop];
+        const char letter = kEscapes.fLetter[c];
         if (letter == 'u') {
-            static constexpr char kHex[] = "0123456789ABCDEF";
-            const char escape[6] = {'\\', 'u', '0', '0', kHex[bytes[i] >> 4], kHex[bytes[i] & 0xF]};
-            out.append(escape, 6);
+            const char escape[6] = {'\\', 'u', '0', '0', kHex[c >> 4], kHex[c & 0xF]};
+            sink.Put(escape, 6);
         } else {
             const char escape[2] = {'\\', letter};
-            out.append(escape, 2);
+            sink.Put(escape, 2);
         }
+        clean = stop + 1;
     }
-    out.append(text, clean, n - clean);
 }
 
-namespace {
-void AppendRepeated(std::string& out, const std::string& unit, int times) {
+void PutRepeated(TextSink& sink, const std::string& unit, int times) {
     if (unit.empty()) return;
-    for (int i = 0; i < times; ++i) out += unit;
-}
-} // namespace
-
-void PrettyPrintStartNewLine(std::string& out, const std::string& indent, const std::string& newLine,
-                             int level) {
-    out += newLine;
-    AppendRepeated(out, indent, level);
+    for (int i = 0; i < times; ++i) sink.Put(unit);
 }
 
 // MARK: - Numbers
 
-namespace TextWriter {
-
-namespace {
+constexpr unsigned long long kPowersOf10[20] = {1ULL,
+                                                10ULL,
+                                                100ULL,
+                                                1000ULL,
+                                                10000ULL,
+                                                100000ULL,
+                                                1000000ULL,
+                                                10000000ULL,
+                                                100000000ULL,
+                                                1000000000ULL,
+                                                10000000000ULL,
+                                                100000000000ULL,
+                                                1000000000000ULL,
+                                                10000000000000ULL,
+                                                100000000000000ULL,
+                                                1000000000000000ULL,
+                                                10000000000000000ULL,
+                                                100000000000000000ULL,
+                                                1000000000000000000ULL,
+                                                10000000000000000000ULL};
 
 // Deliberate: the digit count is floor(log10(double(magnitude))) + 1, taken from the rounded
 // double. Close below a power of ten (from 10^15 - 2 up, where the double or its logarithm
 // rounds up) that is one too many and the number gets a leading 0: 9999999999999999 prints as
-// 09999999999999999. Below 10^14 no rounding can reach the next power, so the count is exact
-// and the logarithm is skipped.
+// 09999999999999999. Below 10^14 no rounding can reach the next power, so the exact count is
+// taken and the logarithm skipped.
 int DigitCount(unsigned long long magnitude) {
-    constexpr unsigned long long kExactBelow = 100000000000000ULL; // 10^14
-    if (magnitude < kExactBelow) {
-        int count = 1;
-        for (unsigned long long limit = 10; count < 14 && magnitude >= limit; limit *= 10) ++count;
-        return count;
+    if (magnitude < kPowersOf10[14]) {
+        // The bit length gives the count or one more; one comparison settles it.
+        const int estimate = ((64 - __builtin_clzll(magnitude | 1)) * 1233) >> 12;
+        return estimate + (magnitude >= kPowersOf10[estimate] ? 1 : 0);
     }
     return static_cast<int>(std::log10(static_cast<double>(magnitude))) + 1;
 }
 
-void AppendDecimal(long long value, std::string& out) {
-    char buffer[24];
-    auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    out.append(buffer, result.ptr);
-}
-
-bool HasAny(const char* text, size_t length, const char* set) {
-    for (size_t i = 0; i < length; ++i)
-        if (std::strchr(set, text[i])) return true;
-    return false;
-}
-
-// Printed like a standard stream's default float notation with precision `digits`.
-void AppendWithDigitCount(double value, uint32_t digits, std::string& out) {
-    char small[64];
-    int length = std::snprintf(small, sizeof small, "%.*g", static_cast<int>(digits), value);
-    if (length < 0) return;
-    const size_t start = out.size();
-    if (static_cast<size_t>(length) < sizeof small) {
-        out.append(small, static_cast<size_t>(length));
-    } else {
-        out.resize(start + static_cast<size_t>(length) + 1);
-        std::snprintf(out.data() + start, static_cast<size_t>(length) + 1, "%.*g",
-                      static_cast<int>(digits), value);
-        out.resize(start + static_cast<size_t>(length));
+// "00" "01" ... "99": two digits per division.
+constexpr auto kDigitPairs = [] {
+    struct Table {
+        char fPairs[200] = {};
+    } table;
+    for (int i = 0; i < 100; ++i) {
+        table.fPairs[2 * i] = static_cast<char>('0' + i / 10);
+        table.fPairs[2 * i + 1] = static_cast<char>('0' + i % 10);
     }
-    if (!HasAny(out.data() + start, out.size() - start, ".eE")) out += ".0";
+    return table;
+}();
+
+void PutInteger(TextSink& sink, unsigned long long magnitude, bool negative) {
+    if (magnitude == 0) {
+        sink.Put('0');
+        return;
+    }
+    const int count = DigitCount(magnitude);
+    char* at = sink.Reserve(static_cast<size_t>(count) + 1);
+    size_t length = 0;
+    if (negative) at[length++] = '-';
+    // Exactly `count` digits, filled from the right; a count one too high leaves a leading 0.
+    char* digit = at + length + count;
+    for (int left = count; left > 0;) {
+        if (left >= 2 && magnitude >= 10) {
+            const unsigned pair = static_cast<unsigned>(magnitude % 100);
+            magnitude /= 100;
+            digit -= 2;
+            std::memcpy(digit, kDigitPairs.fPairs + 2 * pair, 2);
+            left -= 2;
+        } else {
+            *--digit = static_cast<char>('0' + magnitude % 10);
+            magnitude /= 10;
+            --left;
+        }
+    }
+    sink.Commit(length + static_cast<size_t>(count));
 }
 
-void AppendShortestFixed(double value, std::string& out) {
+bool HasAny(std::string_view text, const char* set) {
+    return text.find_first_of(set) != std::string_view::npos;
+}
+
+// Printed like a standard stream's default float notation with precision `digits` (printf's
+// "%.*g"; std::to_chars with the general format and a precision is specified to match it).
+void PutWithDigitCount(TextSink& sink, double value, uint32_t digits) {
+    char small[128];
+    std::string large;
+    std::string_view text;
+    auto [end, ec] = std::to_chars(small, small + sizeof small, value, std::chars_format::general,
+                                   static_cast<int>(digits));
+    if (ec == std::errc()) {
+        text = std::string_view(small, static_cast<size_t>(end - small));
+    } else {
+        const int length = std::snprintf(nullptr, 0, "%.*g", static_cast<int>(digits), value);
+        if (length < 0) return;
+        large.resize(static_cast<size_t>(length) + 1);
+        std::snprintf(large.data(), large.size(), "%.*g", static_cast<int>(digits), value);
+        large.resize(static_cast<size_t>(length));
+        text = large;
+    }
+    sink.Put(text);
+    if (!HasAny(text, ".eE")) sink.Put(".0", 2);
+}
+
+void PutShortestFixed(TextSink& sink, double value) {
     char buffer[255];
     auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
-    std::string text = ec == std::errc() ? std::string(buffer, end) : std::to_string(value);
+    std::string fallback;
+    std::string_view text(buffer, static_cast<size_t>(end - buffer));
+    if (ec != std::errc()) {
+        fallback = std::to_string(value);
+        text = fallback;
+    }
     // Trailing zeros after the dot go, but one digit after it stays ("0.000000" -> "0.0").
     // Deliberately no ".0" is added to a text without a dot (1e19 prints as an integer).
     const size_t dot = text.find('.');
-    if (dot != std::string::npos) {
+    if (dot != std::string_view::npos) {
         size_t last = text.find_last_not_of('0');
         if (last == dot) ++last;
-        text.resize(last + 1);
+        text = text.substr(0, last + 1);
     }
-    out += text;
+    sink.Put(text);
 }
 
-} // namespace
-
-void AppendInteger(unsigned long long magnitude, bool negative, std::string& out) {
-    if (magnitude == 0) {
-        out += '0';
-        return;
-    }
-    if (negative) out += '-';
-    const int count = DigitCount(magnitude);
-    const size_t start = out.size();
-    out.resize(start + static_cast<size_t>(count));
-    for (int i = count - 1; i >= 0; --i) {
-        out[start + static_cast<size_t>(i)] = static_cast<char>('0' + magnitude % 10);
-        magnitude /= 10;
-    }
-}
-
-void AppendReal(const JsonReal& real, std::string& out) {
+void PutReal(TextSink& sink, const JsonReal& real) {
     // A real still holding its text echoes it exactly as it was read (1.50 stays 1.50).
     if (real.HasPendingText()) {
-        out += real.PendingText();
+        sink.Put(real.PendingText());
         return;
     }
     const double value = real.Get();
     if (real.GetDigitCount() >= 1) {
-        AppendWithDigitCount(value, real.GetDigitCount(), out);
+        PutWithDigitCount(sink, value, real.GetDigitCount());
         return;
     }
     if (std::isnan(value)) {
-        out += "nan";
+        sink.Put("nan", 3);
         return;
     }
     if (std::isinf(value)) {
-        out += value > 0 ? "inf" : "-inf";
+        sink.Put(value > 0 ? std::string_view("inf") : std::string_view("-inf"));
         return;
     }
     // A whole number within the signed 64-bit range prints as that integer plus ".0".
     constexpr double kTwo63 = 9223372036854775808.0;
     if (value >= -kTwo63 && value < kTwo63 && value == std::trunc(value)) {
-        AppendDecimal(static_cast<long long>(value), out);
-        out += ".0";
+        char* at = sink.Reserve(24);
+        const auto result = std::to_chars(at, at + 22, static_cast<long long>(value));
+        sink.Commit(static_cast<size_t>(result.ptr - at));
+        sink.Put(".0", 2);
         return;
     }
-    AppendShortestFixed(value, out);
+    PutShortestFixed(sink, value);
+}
+
+void PutScalar(TextSink& sink, const JsonValue& node) {
+    switch (node.GetType()) {
+    case JsonValue::eJsonString:
+        sink.Put('"');
+        PutQuoted(sink, static_cast<const JsonString&>(node).Get());
+        sink.Put('"');
+        break;
+    case JsonValue::eJsonInteger: {
+        const auto& integer = static_cast<const JsonInteger&>(node);
+        const unsigned long long bits = integer.Bits();
+        // A negative magnitude is 0 minus the value as unsigned 64 bits: exact for the smallest.
+        const bool negative = !integer.IsUnsigned() && static_cast<long long>(bits) < 0;
+        PutInteger(sink, negative ? 0 - bits : bits, negative);
+        break;
+    }
+    case JsonValue::eJsonReal:
+        PutReal(sink, static_cast<const JsonReal&>(node));
+        break;
+    case JsonValue::eJsonTrue:
+        sink.Put("true", 4);
+        break;
+    case JsonValue::eJsonFalse:
+        sink.Put("false", 5);
+        break;
+    default:
+        sink.Put("null", 4);
+        break;
+    }
 }
 
 // MARK: - Layouts
 
-namespace {
-
-void AppendScalar(const JsonValue& node, std::string& out) {
-    switch (node.GetType()) {
-    case JsonValue::eJsonString:
-        out += '"';
-        AppendQuotedString(static_cast<const JsonString&>(node).Get(), out);
-        out += '"';
-        break;
-    case JsonValue::eJsonInteger:
-    case JsonValue::eJsonReal:
-        node.AppendToString(out);
-        break;
-    case JsonValue::eJsonTrue:
-        out += "true";
-        break;
-    case JsonValue::eJsonFalse:
-        out += "false";
-        break;
-    default:
-        out += "null";
-        break;
-    }
-}
-
-void AppendKey(const std::string& key, std::string& out) {
-    out += '"';
-    AppendQuotedString(key, out);
+void PutKey(TextSink& sink, const std::string& key) {
+    sink.Put('"');
+    PutQuoted(sink, key);
 }
 
 struct CompactVisitor {
     static constexpr bool kVisitMissing = false;
-    std::string& fOut;
+    TextSink& fSink;
 
-    void Scalar(const JsonValue& node) { AppendScalar(node, fOut); }
-    void BeginObject(const JsonObject&) { fOut += '{'; }
-    void EndObject(const JsonObject&, size_t) { fOut += '}'; }
-    void BeginArray(const JsonArray&) { fOut += '['; }
-    void EndArray(const JsonArray&, size_t) { fOut += ']'; }
-    void BeginCompiled(const JsonCompiledObject&) { fOut += '{'; }
-    void EndCompiled(const JsonCompiledObject&, size_t) { fOut += '}'; }
+    void Scalar(const JsonValue& node) { PutScalar(fSink, node); }
+    void BeginObject(const JsonObject&) { fSink.Put('{'); }
+    void EndObject(const JsonObject&, size_t) { fSink.Put('}'); }
+    void BeginArray(const JsonArray&) { fSink.Put('['); }
+    void EndArray(const JsonArray&, size_t) { fSink.Put(']'); }
+    void BeginCompiled(const JsonCompiledObject&) { fSink.Put('{'); }
+    void EndCompiled(const JsonCompiledObject&, size_t) { fSink.Put('}'); }
     void Key(const JsonValue&, const std::string& key, bool first) {
-        if (!first) fOut += ',';
-        AppendKey(key, fOut);
-        fOut += "\":";
+        if (!first) fSink.Put(',');
+        PutKey(fSink, key);
+        fSink.Put("\":", 2);
     }
     void Element(bool first) {
-        if (!first) fOut += ',';
+        if (!first) fSink.Put(',');
     }
     void Missing() {}
     size_t CompiledLimit(const JsonCompiledObject&) { return SIZE_MAX; }
@@ -236,20 +310,24 @@ struct CompactVisitor {
 // bracket is indented L times. Negative levels indent nothing.
 struct PrettyVisitor {
     static constexpr bool kVisitMissing = false;
-    std::string& fOut;
+    TextSink& fSink;
     const std::string& fIndent;
     const std::string& fNewLine;
     int fLevel; // level of the innermost open container, once one is open
 
-    void Scalar(const JsonValue& node) { AppendScalar(node, fOut); }
+    void Scalar(const JsonValue& node) { PutScalar(fSink, node); }
+    void NewLine(int level) {
+        fSink.Put(fNewLine);
+        PutRepeated(fSink, fIndent, level);
+    }
     void Open(char bracket) {
-        fOut += bracket;
+        fSink.Put(bracket);
         ++fLevel;
     }
     void Close(char bracket, size_t written) {
         --fLevel;
-        if (written) PrettyPrintStartNewLine(fOut, fIndent, fNewLine, fLevel);
-        fOut += bracket;
+        if (written) NewLine(fLevel);
+        fSink.Put(bracket);
     }
     void BeginObject(const JsonObject&) { Open('{'); }
     void EndObject(const JsonObject&, size_t written) { Close('}', written); }
@@ -258,16 +336,19 @@ struct PrettyVisitor {
     void BeginCompiled(const JsonCompiledObject&) { Open('{'); }
     void EndCompiled(const JsonCompiledObject&, size_t written) { Close('}', written); }
     void StartChild(bool first) {
-        if (!first) fOut += ',';
-        // fLevel is the container's level + 1 here.
-        PrettyPrintStartNewLine(fOut, fIndent, fNewLine, fLevel);
+        if (!first) fSink.Put(',');
+        NewLine(fLevel); // fLevel is the container's level + 1 here
     }
     void Key(const JsonValue& container, const std::string& key, bool first) {
         StartChild(first);
-        AppendKey(key, fOut);
+        PutKey(fSink, key);
         // Deliberate: compiled objects write no blank after the colon, plain objects do; the
         // two print differently in pretty form.
-        fOut += container.GetType() == JsonValue::eJsonCompiledObject ? "\":" : "\": ";
+        if (container.GetType() == JsonValue::eJsonCompiledObject) {
+            fSink.Put("\":", 2);
+        } else {
+            fSink.Put("\": ", 3);
+        }
     }
     void Element(bool first) { StartChild(first); }
     void Missing() {}
@@ -276,14 +357,40 @@ struct PrettyVisitor {
 
 } // namespace
 
+void AppendQuotedString(const std::string& text, std::string& out) {
+    TextSink sink(out);
+    PutQuoted(sink, text);
+}
+
+void PrettyPrintStartNewLine(std::string& out, const std::string& indent, const std::string& newLine,
+                             int level) {
+    TextSink sink(out);
+    sink.Put(newLine);
+    PutRepeated(sink, indent, level);
+}
+
+namespace TextWriter {
+
+void AppendInteger(unsigned long long magnitude, bool negative, std::string& out) {
+    TextSink sink(out);
+    PutInteger(sink, magnitude, negative);
+}
+
+void AppendReal(const JsonReal& real, std::string& out) {
+    TextSink sink(out);
+    PutReal(sink, real);
+}
+
 void WriteCompact(const JsonValue& root, std::string& out) {
-    CompactVisitor visitor{out};
+    TextSink sink(out);
+    CompactVisitor visitor{sink};
     WalkTree<EMemberOrder::kMemberOrder>(root, visitor);
 }
 
 void WritePretty(const JsonValue& root, std::string& out, const std::string& indent,
                  const std::string& newLine, int level) {
-    PrettyVisitor visitor{out, indent, newLine, level};
+    TextSink sink(out);
+    PrettyVisitor visitor{sink, indent, newLine, level};
     WalkTree<EMemberOrder::kMemberOrder>(root, visitor);
 }
 
