@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds and runs every test.
 #   --sanitize address|thread  build into build-asan/ or build-tsan/ with that sanitizer
-#   --only TARGET LABEL         build only TARGET and run only the tests labelled LABEL
+#   --only "TARGETS" LABELS      build only these targets and run only the tests whose label
+#                               matches LABELS (a regular expression)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 sanitize=""
@@ -11,7 +12,7 @@ while [ $# -gt 0 ]; do
     case "$1" in
         --sanitize) sanitize="${2:?address or thread}"; shift 2 ;;
         --only) target="${2:?target}"; label="${3:?label}"; shift 3 ;;
-        *) echo "usage: scripts/test.sh [--sanitize address|thread] [--only TARGET LABEL]" >&2; exit 2 ;;
+        *) echo "usage: scripts/test.sh [--sanitize address|thread] [--only 'TARGETS' LABELS]" >&2; exit 2 ;;
     esac
 done
 
@@ -25,8 +26,9 @@ case "$sanitize" in
 esac
 cmake -S . -B "$dir" -G Ninja -DVIRELO_JSON_SANITIZE="$sanitize" >/dev/null
 if [ -n "$target" ]; then
-    cmake --build "$dir" --target "$target"
-    ctest --test-dir "$dir" --output-on-failure -j2 -L "^$label\$"
+    # shellcheck disable=SC2086 # the targets are a word list
+    cmake --build "$dir" --target $target
+    ctest --test-dir "$dir" --output-on-failure -j2 -L "^($label)\$"
 else
     cmake --build "$dir"
     ctest --test-dir "$dir" --output-on-failure -j2
