@@ -1,157 +1,258 @@
-// JsonMemory: the slow paths of the pool (refill, chunks, the depot, thread end).
+// JsonMemory: the slow paths of the pool (pages, remote frees, heaps of ended threads).
 #include "json/JsonMemory.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 
 namespace JsonMemory {
 
-thread_local ThreadLists* tLists = nullptr;
+thread_local Heap* tHeap = nullptr;
 
 #if !defined(VIRELO_JSON_NO_POOL)
 
 namespace {
 
-constexpr size_t kChunkSize = 64 * 1024;
+enum EPageState : uint8_t { kCurrent, kAvailable, kFull };
 
-// Free blocks shared between threads: filled by threads with long lists and by ending threads.
-// Trivially destructible, so it outlives every thread that may still give blocks back.
-struct Depot {
-    std::mutex fMutex;
-    FreeList fLists[kClasses];
-    // Read without the lock, so that a thread with an empty list does not lock the depot
-    // while the depot has nothing to give.
-    std::atomic<size_t> fAvailable[kClasses] = {};
+/// Empty pages kept for reuse; more go back to the system.
+constexpr size_t kMaxEmptyPages = 64;
+
+constexpr size_t BlockBytes(size_t c) {
+    return (c + 1) * kGranule;
+}
+
+// Everything shared: the empty pages, the heaps of ended threads, and the heap that serves a
+// thread after its own heap was left behind. Trivially destructible, so it outlives every
+// thread that may still free blocks; what it holds stays reachable for leak checkers.
+// fHeapsMutex guards the heap list and makes its holder the owner of every heap left behind;
+// fPagesMutex guards the empty pages and is taken inside fHeapsMutex, never around it.
+struct Shared {
+    std::mutex fHeapsMutex;
+    Heap* fAbandoned = nullptr;
+    Heap* fLate = nullptr;
+    std::mutex fPagesMutex;
+    Page* fEmptyPages = nullptr; // linked through fNext
+    size_t fEmptyCount = 0;
 };
-constinit Depot gDepot;
+constinit Shared gShared;
 
-// Every chunk ever taken, linked through its first granule, so that the pool's memory stays
-// reachable for leak checkers.
-constinit std::atomic<void*> gChunks{nullptr};
+// MARK: - Pages
 
-char* NewChunk() {
-    auto* chunk = static_cast<char*>(std::malloc(kChunkSize));
-    if (!chunk) throw std::bad_alloc();
-    void* previous = gChunks.load(std::memory_order_relaxed);
+// An empty page for class c owned by `heap`, every block on its free list in address order.
+Page* NewPage(Heap& heap, size_t c) {
+    void* memory = nullptr;
+    {
+        std::lock_guard<std::mutex> lock(gShared.fPagesMutex);
+        if (Page* page = gShared.fEmptyPages) {
+            gShared.fEmptyPages = page->fNext;
+            --gShared.fEmptyCount;
+            page->~Page();
+            memory = page;
+        }
+    }
+    if (!memory) memory = std::aligned_alloc(kPageSize, kPageSize);
+    if (!memory) throw std::bad_alloc();
+    auto* page = new (memory) Page;
+    page->fClass = static_cast<uint16_t>(c);
+    page->fHeap = &heap;
+    const size_t bytes = BlockBytes(c);
+    char* const first = static_cast<char*>(memory) + sizeof(Page);
+    char* const end = static_cast<char*>(memory) + kPageSize;
+    FreeBlock* head = nullptr;
+    for (char* block = end - (end - first) % bytes - bytes; block >= first; block -= bytes) {
+        auto* freed = reinterpret_cast<FreeBlock*>(block);
+        freed->fNext = head;
+        head = freed;
+    }
+    page->fFree = head;
+    return page;
+}
+
+void ReleasePage(Page* page) noexcept {
+    std::lock_guard<std::mutex> lock(gShared.fPagesMutex);
+    if (gShared.fEmptyCount >= kMaxEmptyPages) {
+        page->~Page();
+        std::free(page);
+        return;
+    }
+    page->fNext = gShared.fEmptyPages;
+    gShared.fEmptyPages = page;
+    ++gShared.fEmptyCount;
+}
+
+void LinkAvailable(Heap& heap, Page* page) noexcept {
+    Page*& head = heap.fAvailable[page->fClass];
+    page->fState = kAvailable;
+    page->fPrev = nullptr;
+    page->fNext = head;
+    if (head) head->fPrev = page;
+    head = page;
+}
+
+void UnlinkAvailable(Heap& heap, Page* page) noexcept {
+    if (page->fPrev) {
+        page->fPrev->fNext = page->fNext;
+    } else {
+        heap.fAvailable[page->fClass] = page->fNext;
+    }
+    if (page->fNext) page->fNext->fPrev = page->fPrev;
+    page->fPrev = page->fNext = nullptr;
+}
+
+// MARK: - The owner's side
+
+// Blocks came back to a page of the heap: a page without free blocks rejoins the available
+// ones; an empty page that allocations are not using is given up.
+void BlocksReturned(Heap& heap, Page* page) noexcept {
+    if (page->fState == kFull) LinkAvailable(heap, page);
+    if (page->fUsed == 0 && page->fState == kAvailable) {
+        UnlinkAvailable(heap, page);
+        ReleasePage(page);
+    }
+}
+
+void FreeOwned(Heap& heap, Page* page, void* block) noexcept {
+    auto* freed = static_cast<FreeBlock*>(block);
+    freed->fNext = page->fFree;
+    page->fFree = freed;
+    --page->fUsed;
+    BlocksReturned(heap, page);
+}
+
+// Takes back the blocks other threads freed into the heap's pages.
+void TakeRemoteFrees(Heap& heap) noexcept {
+    Page* page = heap.fRemotePages.exchange(nullptr, std::memory_order_acquire);
+    while (page) {
+        // Read the link first: once the page's remote list is taken, the next remote free
+        // puts the page on the heap's list again, through this link.
+        Page* const next = page->fNextRemote;
+        // Release: the freer that finds the list empty next links the page again, after this.
+        FreeBlock* block = page->fRemote.exchange(nullptr, std::memory_order_acq_rel);
+        while (block) {
+            FreeBlock* const following = block->fNext;
+            block->fNext = page->fFree;
+            page->fFree = block;
+            --page->fUsed;
+            block = following;
+        }
+        BlocksReturned(heap, page);
+        page = next;
+    }
+}
+
+void* AllocateOwned(Heap& heap, size_t c) {
+    if (heap.fRemotePages.load(std::memory_order_relaxed)) TakeRemoteFrees(heap);
+    Page*& current = heap.fCurrent[c];
+    if (!current || !current->fFree) {
+        Page* next = heap.fAvailable[c];
+        if (next) {
+            UnlinkAvailable(heap, next);
+        } else {
+            next = NewPage(heap, c);
+        }
+        // The page given up has no free block: it rejoins the available ones when one comes back.
+        if (current) current->fState = kFull;
+        next->fState = kCurrent;
+        current = next;
+    }
+    FreeBlock* block = current->fFree;
+    current->fFree = block->fNext;
+    ++current->fUsed;
+    return block;
+}
+
+// MARK: - Other threads' side
+
+void FreeRemote(Page* page, void* block) noexcept {
+    auto* freed = static_cast<FreeBlock*>(block);
+    FreeBlock* head = page->fRemote.load(std::memory_order_acquire);
     do {
-        *reinterpret_cast<void**>(chunk) = previous;
-    } while (!gChunks.compare_exchange_weak(previous, chunk, std::memory_order_release,
-                                            std::memory_order_relaxed));
-    return chunk;
+        freed->fNext = head;
+    } while (!page->fRemote.compare_exchange_weak(head, freed, std::memory_order_acq_rel,
+                                                  std::memory_order_acquire));
+    if (head) return; // the page is on its heap's list already, or about to be taken from it
+    // The first remote block since the owner last looked: put the page on the heap's list.
+    // Until the owner takes it from there, the block keeps the page from being given up, so
+    // the page is still this heap's while we link it; after that nothing here touches it.
+    Heap* const heap = page->fHeap;
+    Page* first = heap->fRemotePages.load(std::memory_order_relaxed);
+    do {
+        page->fNextRemote = first;
+    } while (!heap->fRemotePages.compare_exchange_weak(first, page, std::memory_order_release,
+                                                       std::memory_order_relaxed));
 }
 
-// Moves up to `count` blocks from the front of `from` to the front of `to`.
-void Give(FreeList& to, FreeList& from, size_t count) {
-    while (count-- && from.fHead) {
-        FreeBlock* block = from.fHead;
-        from.fHead = block->fNext;
-        --from.fCount;
-        block->fNext = to.fHead;
-        to.fHead = block;
-        ++to.fCount;
-    }
-}
+// MARK: - Heaps and threads
 
-void Publish(size_t c) {
-    gDepot.fAvailable[c].store(gDepot.fLists[c].fCount, std::memory_order_relaxed);
-}
+// The heap of the calling thread: made or adopted at its first use, left behind at its end.
+struct ThreadHeap {
+    Heap* fHeap = nullptr;
 
-// A thread's lists and the chunk it carves new blocks from. The owner hands the lists to the
-// depot when the thread ends; later pool calls on that thread work on the depot directly.
-struct ThreadCache {
-    ThreadLists fLists;
-    char* fBump = nullptr;
-    char* fBumpEnd = nullptr;
-
-    ~ThreadCache() {
-        tLists = nullptr;
-        std::lock_guard<std::mutex> lock(gDepot.fMutex);
-        for (size_t c = 0; c < kClasses; ++c) {
-            Give(gDepot.fLists[c], fLists.fLists[c], fLists.fLists[c].fCount);
-            Publish(c);
+    ThreadHeap() {
+        {
+            std::lock_guard<std::mutex> lock(gShared.fHeapsMutex);
+            if (Heap* adopted = gShared.fAbandoned) {
+                gShared.fAbandoned = adopted->fNextAbandoned;
+                adopted->fNextAbandoned = nullptr;
+                adopted->fAbandoned.store(false, std::memory_order_relaxed);
+                fHeap = adopted;
+            }
         }
+        if (!fHeap) fHeap = new Heap;
+        tHeap = fHeap;
+    }
+
+    ~ThreadHeap() {
+        tHeap = nullptr;
+        std::lock_guard<std::mutex> lock(gShared.fHeapsMutex);
+        fHeap->fAbandoned.store(true, std::memory_order_relaxed);
+        TakeRemoteFrees(*fHeap);
+        fHeap->fNextAbandoned = gShared.fAbandoned;
+        gShared.fAbandoned = fHeap;
     }
 };
 
-[[gnu::tls_model("initial-exec")]] thread_local ThreadCache* tCache = nullptr;
-[[gnu::tls_model("initial-exec")]] thread_local bool tCacheGone = false;
+[[gnu::tls_model("initial-exec")]] thread_local bool tHeapGone = false;
 
-ThreadCache* Cache() {
-    if (ThreadCache* cache = tCache) return cache;
-    if (tCacheGone) return nullptr;
+Heap* CallingThreadsHeap() {
+    if (tHeapGone) return nullptr;
     static thread_local struct Owner {
-        ThreadCache fCache;
-        ~Owner() {
-            tCache = nullptr;
-            tCacheGone = true;
-        }
+        ThreadHeap fThreadHeap;
+        ~Owner() { tHeapGone = true; }
     } owner;
-    tCache = &owner.fCache;
-    tLists = &owner.fCache.fLists;
-    return tCache;
+    return owner.fThreadHeap.fHeap;
 }
 
 } // namespace
 
 void* AllocateSlow(size_t size) {
     const size_t c = ClassOf(size);
-    ThreadCache* cache = Cache();
-    if (cache) {
-        // The thread's list is empty: take from the depot, else carve from the chunk.
-        FreeList& list = cache->fLists.fLists[c];
-        if (gDepot.fAvailable[c].load(std::memory_order_relaxed) != 0) {
-            std::lock_guard<std::mutex> lock(gDepot.fMutex);
-            Give(list, gDepot.fLists[c], kMaxLocalBlocks / 2);
-            Publish(c);
-        }
-        if (FreeBlock* block = list.fHead) {
-            list.fHead = block->fNext;
-            --list.fCount;
-            return block;
-        }
-        const size_t bytes = (c + 1) * kGranule;
-        if (static_cast<size_t>(cache->fBumpEnd - cache->fBump) < bytes) {
-            char* chunk = NewChunk();
-            cache->fBump = chunk + kGranule; // the first granule links the chunk list
-            cache->fBumpEnd = chunk + kChunkSize;
-        }
-        void* block = cache->fBump;
-        cache->fBump += bytes;
-        return block;
+    if (Heap* heap = tHeap ? tHeap : CallingThreadsHeap()) return AllocateOwned(*heap, c);
+    // The thread's heap was left behind already (a block wanted by a later thread-exit
+    // routine): a heap shared under the lock serves such blocks, and its pages count as
+    // left behind, so their blocks are freed under the lock too.
+    std::lock_guard<std::mutex> lock(gShared.fHeapsMutex);
+    if (!gShared.fLate) {
+        gShared.fLate = new Heap;
+        gShared.fLate->fAbandoned.store(true, std::memory_order_relaxed);
     }
-    // The thread is ending: the depot, or a chunk of its own for this rare late block.
-    {
-        std::lock_guard<std::mutex> lock(gDepot.fMutex);
-        if (FreeBlock* block = gDepot.fLists[c].fHead) {
-            gDepot.fLists[c].fHead = block->fNext;
-            --gDepot.fLists[c].fCount;
-            Publish(c);
-            return block;
-        }
-    }
-    return NewChunk() + kGranule;
+    return AllocateOwned(*gShared.fLate, c);
 }
 
-void FreeSlow(void* memory, size_t size) noexcept {
-    const size_t c = ClassOf(size);
-    auto* block = static_cast<FreeBlock*>(memory);
-    if (ThreadCache* cache = Cache()) {
-        FreeList& list = cache->fLists.fLists[c];
-        block->fNext = list.fHead;
-        list.fHead = block;
-        ++list.fCount;
-        if (list.fCount <= kMaxLocalBlocks) return;
-        std::lock_guard<std::mutex> lock(gDepot.fMutex);
-        Give(gDepot.fLists[c], list, kMaxLocalBlocks / 2);
-        Publish(c);
-        return;
+void FreeSlow(void* block) noexcept {
+    Page* const page = PageOf(block);
+    Heap& heap = *page->fHeap;
+    if (&heap == tHeap) return FreeOwned(heap, page, block);
+    if (heap.fAbandoned.load(std::memory_order_relaxed)) {
+        // No thread owns the heap: whoever holds the lock acts as its owner.
+        std::lock_guard<std::mutex> lock(gShared.fHeapsMutex);
+        if (heap.fAbandoned.load(std::memory_order_relaxed)) {
+            TakeRemoteFrees(heap);
+            return FreeOwned(heap, page, block);
+        }
     }
-    std::lock_guard<std::mutex> lock(gDepot.fMutex);
-    block->fNext = gDepot.fLists[c].fHead;
-    gDepot.fLists[c].fHead = block;
-    ++gDepot.fLists[c].fCount;
-    Publish(c);
+    FreeRemote(page, block);
 }
 
 #else
@@ -160,7 +261,7 @@ void* AllocateSlow(size_t size) {
     return ::operator new(size);
 }
 
-void FreeSlow(void* block, size_t) noexcept {
+void FreeSlow(void* block) noexcept {
     ::operator delete(block);
 }
 

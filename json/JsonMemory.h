@@ -1,15 +1,25 @@
-// Small-block memory for tree nodes and member-map nodes: per-thread free lists of fixed size
-// classes, refilled from 64 KiB chunks. A tree is allocated and freed node by node as before;
-// this only makes the two cheap. Any thread may free a block that another allocated (it joins
-// the freeing thread's list). Lists that grow long, and the lists of a thread that ends, go to
-// a shared depot that other threads refill from, so memory is reused across threads.
+// Small-block memory for tree nodes and member-map nodes. A tree is still allocated and freed
+// node by node; this makes both cheap and keeps a tree's nodes close together.
 //
-// Chunks are never returned to the system: the pool keeps its high-water mark, like most
-// allocators of this kind. The chunks stay reachable (leak checkers see no leak). Sanitizer
-// builds (VIRELO_JSON_NO_POOL) use operator new for every block instead.
+// Blocks live in 64 KiB pages, each page holding blocks of one size class and owned by one
+// thread's heap; a block's page is found by masking its address. The owning thread allocates
+// from and frees into a page's free list without atomics or locks. Another thread's free goes
+// onto the page's remote list with one atomic push, and the first such block also puts the page
+// on its heap's list of pages with remote frees, from where the owner takes them back. A page
+// whose blocks have all come back is given up to a shared pool of empty pages (reused by any
+// class and thread; beyond a few, returned to the system), so after a large tree is freed the
+// next one is built in whole pages again instead of in the holes the first one left.
+//
+// A thread that ends leaves its heap behind: frees into it are then done under a lock, and the
+// next thread that starts using the pool adopts it.
+//
+// Sanitizer builds (VIRELO_JSON_NO_POOL) use operator new for every block instead, so that
+// the sanitizers see every node.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 namespace JsonMemory {
@@ -18,32 +28,56 @@ namespace JsonMemory {
 constexpr size_t kMaxPooled = 256;
 constexpr size_t kGranule = 16;
 constexpr size_t kClasses = kMaxPooled / kGranule;
-/// A thread keeps at most this many free blocks per class; beyond it half go to the depot.
-constexpr size_t kMaxLocalBlocks = 4096;
+/// Pages are aligned to their size, so that a block's page is its address rounded down.
+constexpr size_t kPageSize = 64 * 1024;
 
 struct FreeBlock {
     FreeBlock* fNext;
 };
 
-struct FreeList {
-    FreeBlock* fHead = nullptr;
-    size_t fCount = 0;
+struct Heap;
+
+/// A page's header, at its start; the blocks follow.
+struct alignas(64) Page {
+    // The owner's side: only the thread that owns the heap (or, for a heap whose thread has
+    // ended, the holder of the pool's lock) touches these.
+    FreeBlock* fFree = nullptr;
+    uint32_t fUsed = 0; ///< blocks handed out and not yet back on fFree
+    uint16_t fClass = 0;
+    uint8_t fState = 0;
+    Page* fPrev = nullptr; ///< the heap's list of pages with free blocks, by class
+    Page* fNext = nullptr;
+    // Set before the page's first block is handed out; read by every thread that frees one.
+    Heap* fHeap = nullptr;
+    // Blocks freed by other threads. Only the heap's list of pages with remote frees leads the
+    // owner to them; see FreeRemote for why.
+    std::atomic<FreeBlock*> fRemote{nullptr};
+    Page* fNextRemote = nullptr;
 };
 
-/// One thread's free lists, by size class (class c holds blocks of (c + 1) * 16 bytes).
-struct ThreadLists {
-    FreeList fLists[kClasses];
+/// One thread's pages, by class: the page allocations come from, and the others that have
+/// free blocks. Pages without free blocks are on no list until a block comes back.
+struct Heap {
+    Page* fCurrent[kClasses] = {};
+    Page* fAvailable[kClasses] = {};
+    std::atomic<Page*> fRemotePages{nullptr};
+    std::atomic<bool> fAbandoned{false};
+    Heap* fNextAbandoned = nullptr;
 };
 
-// The calling thread's lists, reached through one pointer in the initial-exec TLS model: a
-// plain memory load even inside a dlopen'ed module. Null until the thread's first pool use.
-extern thread_local ThreadLists* tLists [[gnu::tls_model("initial-exec")]];
+// The calling thread's heap, in the initial-exec TLS model: a plain memory load even inside a
+// dlopen'ed module. Null until the thread's first pool use and after the thread's end.
+extern thread_local Heap* tHeap [[gnu::tls_model("initial-exec")]];
 
 void* AllocateSlow(size_t size);
-void FreeSlow(void* block, size_t size) noexcept;
+void FreeSlow(void* block) noexcept;
 
 inline size_t ClassOf(size_t size) noexcept {
     return size ? (size - 1) / kGranule : 0;
+}
+
+inline Page* PageOf(void* block) noexcept {
+    return reinterpret_cast<Page*>(reinterpret_cast<uintptr_t>(block) & ~(kPageSize - 1));
 }
 
 inline void* Allocate(size_t size) {
@@ -51,12 +85,13 @@ inline void* Allocate(size_t size) {
     return ::operator new(size);
 #else
     if (size > kMaxPooled) return ::operator new(size);
-    if (ThreadLists* lists = tLists) {
-        FreeList& list = lists->fLists[ClassOf(size)];
-        if (FreeBlock* block = list.fHead) {
-            list.fHead = block->fNext;
-            --list.fCount;
-            return block;
+    if (Heap* heap = tHeap) {
+        if (Page* page = heap->fCurrent[ClassOf(size)]) {
+            if (FreeBlock* block = page->fFree) {
+                page->fFree = block->fNext;
+                ++page->fUsed;
+                return block;
+            }
         }
     }
     return AllocateSlow(size);
@@ -73,17 +108,18 @@ inline void Free(void* block, size_t size) noexcept {
         ::operator delete(block);
         return;
     }
-    if (ThreadLists* lists = tLists) {
-        FreeList& list = lists->fLists[ClassOf(size)];
-        if (list.fCount < kMaxLocalBlocks) {
-            auto* freed = static_cast<FreeBlock*>(block);
-            freed->fNext = list.fHead;
-            list.fHead = freed;
-            ++list.fCount;
-            return;
-        }
+    Page* page = PageOf(block);
+    Heap* heap = tHeap;
+    // The last block of a page, and a block of a page that had none free (it may have to
+    // rejoin the pages allocations look at), take the slow path.
+    if (heap && page->fHeap == heap && page->fUsed > 1 && page->fFree) {
+        auto* freed = static_cast<FreeBlock*>(block);
+        freed->fNext = page->fFree;
+        page->fFree = freed;
+        --page->fUsed;
+        return;
     }
-    FreeSlow(block, size);
+    FreeSlow(block);
 #endif
 }
 
