@@ -67,16 +67,13 @@ void JsonReal::SetText(std::string_view text) {
     fTextLength = static_cast<uint32_t>(text.size());
 }
 
-double JsonReal::Get() const noexcept {
-    if (fPending.load(std::memory_order_acquire)) {
-        // Concurrent first readers may both convert; they store the same value, and the text
-        // itself is never changed, so no reader sees a half-made state.
-        const double value = StrToDouble(PendingText());
-        fValue.store(value, std::memory_order_relaxed);
-        fPending.store(false, std::memory_order_release);
-        return value;
-    }
-    return fValue.load(std::memory_order_relaxed);
+double JsonReal::ConvertPending() const noexcept {
+    // Concurrent first readers may both convert; they store the same value, and the text
+    // itself is never changed, so no reader sees a half-made state.
+    const double value = StrToDouble(PendingText());
+    fValue.store(value, std::memory_order_relaxed);
+    fPending.store(false, std::memory_order_release);
+    return value;
 }
 
 double JsonReal::StrToDouble(std::string_view text) noexcept {

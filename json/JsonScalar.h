@@ -84,7 +84,10 @@ public:
     ~JsonReal() override;
 
     /// The value; a pending text is converted (and counts as emptied) first.
-    double Get() const noexcept;
+    double Get() const noexcept {
+        if (fPending.load(std::memory_order_acquire)) return ConvertPending();
+        return fValue.load(std::memory_order_relaxed);
+    }
     void Get(double& out) const noexcept { out = Get(); }
     bool HasPendingText() const noexcept { return fPending.load(std::memory_order_acquire); }
     /// The text as read; meaningful only while HasPendingText().
@@ -106,6 +109,7 @@ private:
     static constexpr uint32_t kInlineText = 24;
 
     void SetText(std::string_view text);
+    double ConvertPending() const noexcept;
 
     mutable std::atomic<double> fValue;
     uint32_t fDigitCount;
