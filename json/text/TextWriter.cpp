@@ -314,11 +314,15 @@ struct PrettyVisitor {
     const std::string& fIndent;
     const std::string& fNewLine;
     int fLevel; // level of the innermost open container, once one is open
+    // The line break followed by the indentation of the deepest level so far: a new line of
+    // any level is one piece of it.
+    std::string fLineStart = fNewLine;
 
     void Scalar(const JsonValue& node) { PutScalar(fSink, node); }
     void NewLine(int level) {
-        fSink.Put(fNewLine);
-        PutRepeated(fSink, fIndent, level);
+        const size_t length = fNewLine.size() + fIndent.size() * static_cast<size_t>(std::max(level, 0));
+        while (fLineStart.size() < length) fLineStart += fIndent;
+        fSink.Put(fLineStart.data(), length);
     }
     void Open(char bracket) {
         fSink.Put(bracket);
