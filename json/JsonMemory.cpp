@@ -58,10 +58,9 @@ Page* NewPage(Heap& heap, size_t c) {
     page->fHeap = &heap;
     const size_t bytes = BlockBytes(c);
     char* const first = static_cast<char*>(memory) + sizeof(Page);
-    char* const end = static_cast<char*>(memory) + kPageSize;
     FreeBlock* head = nullptr;
-    for (char* block = end - (end - first) % bytes - bytes; block >= first; block -= bytes) {
-        auto* freed = reinterpret_cast<FreeBlock*>(block);
+    for (size_t i = (kPageSize - sizeof(Page)) / bytes; i-- > 0;) {
+        auto* freed = reinterpret_cast<FreeBlock*>(first + i * bytes);
         freed->fNext = head;
         head = freed;
     }
