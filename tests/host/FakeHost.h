@@ -1,6 +1,6 @@
-// A minimal in-process host for the glue tests: variants, a context that records reported
-// errors, and vectors. Reference counts are real, so leaks and double releases show under the
-// sanitizers.
+// A minimal in-process host for the glue tests and the script-call fuzz target: variants, a
+// context that records reported errors, and vectors. Reference counts are real, so leaks and
+// double releases show under the sanitizers.
 #pragma once
 
 #include "host/InterfaceImpl.h"
@@ -35,7 +35,7 @@ public:
     void Interface_SetNumber(double value) override { fType = eTypeNumber, fNumber = value; }
     void Interface_SetString(const char* data, unsigned long long length) override {
         fType = eTypeString;
-        fText.assign(data ? data : "", data ? length : 0);
+        fText.assign(data ? data : "", data ? static_cast<size_t>(length) : 0);
     }
     void Interface_SetDataRef(IDataRef* data) override { Replace(fData, data), fType = eTypeDataRef; }
     void Interface_SetUserDefined(IUserDefinedType* object) override {
@@ -46,7 +46,10 @@ public:
 
     IUserDefinedType* Object() const { return fObject; }
     IDataRef* Data() const { return fData; }
+    IObject* Vector() const { return fVector; }
     const std::string& Text() const { return fText; }
+    unsigned char Boolean() const { return fBool; }
+    double Number() const { return fNumber; }
 
 private:
     template <class T> static T* Shared(T* p) {
@@ -77,7 +80,7 @@ template <class T> class Vector final : public InterfaceImpl<IVector<T>> {
 public:
     unsigned long long Interface_Size() const override { return fItems.size(); }
     IVariant* Interface_At(unsigned long long index) const override {
-        return index < fItems.size() ? new Variant(fItems[index]) : nullptr;
+        return index < fItems.size() ? new Variant(fItems[static_cast<size_t>(index)]) : nullptr;
     }
     void Interface_PushBack(const T& value) override { fItems.push_back(value); }
     std::vector<T> fItems;
@@ -94,10 +97,11 @@ public:
 
     void Interface_TriggerError(unsigned int severity, const char* source, const char* id,
                                 const char* message) override {
-        fReports.push_back({severity, source, id, message});
+        fReports.push_back({severity, source ? source : "<null>", id ? id : "<null>",
+                            message ? message : "<null>"});
     }
     unsigned int Interface_GetTypeId(const char* name) override {
-        return std::string(name) == "JSON" ? kJsonTypeId : 0;
+        return name && std::string(name) == "JSON" ? kJsonTypeId : 0;
     }
     ITypeObject* Interface_GetTypeObject(unsigned int) override { return nullptr; }
     ILogger* Interface_GetLogger() override { return nullptr; }
