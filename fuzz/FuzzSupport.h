@@ -10,6 +10,7 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
+#include "json/text/ParserContext.h"
 
 #include <charconv>
 #include <cmath>
@@ -177,6 +178,13 @@ inline TreeFacts Inspect(const JsonValue& root) {
         }
     }
     return facts;
+}
+
+/// A read either produces a value and completes without a message, or produces nothing and
+/// leaves one.
+inline void CheckReadOutcome(bool produced, const ParserContext& ctx) {
+    FUZZ_CHECK(ctx.fComplete == produced);
+    FUZZ_CHECK(ctx.fError.empty() == produced);
 }
 
 /// The compact text of a tree.

@@ -44,13 +44,7 @@ ParserContext MakeContext(size_t size) {
 
 JsonAutoRefPtr<JsonValue> Decode(const std::string& bytes, ParserContext& ctx) {
     JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromMsgPack(bytes, &ctx, nullptr);
-    if (value) {
-        FUZZ_CHECK(ctx.fComplete);
-        FUZZ_CHECK(ctx.fError.empty());
-    } else {
-        FUZZ_CHECK(!ctx.fComplete);
-        FUZZ_CHECK(!ctx.fError.empty());
-    }
+    CheckReadOutcome(value.Get() != nullptr, ctx);
     return value;
 }
 

@@ -51,13 +51,7 @@ struct Options {
 JsonAutoRefPtr<JsonValue> Read(const std::string& text, const Options& options) {
     ParserContext ctx = options.Context();
     JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, &ctx, nullptr);
-    if (value) {
-        FUZZ_CHECK(ctx.fComplete);
-        FUZZ_CHECK(ctx.fError.empty());
-    } else {
-        FUZZ_CHECK(!ctx.fComplete);
-        FUZZ_CHECK(!ctx.fError.empty());
-    }
+    CheckReadOutcome(value.Get() != nullptr, ctx);
     return value;
 }
 
