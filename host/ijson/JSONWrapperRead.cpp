@@ -82,6 +82,21 @@ JsonAutoRefPtr<JsonValue> MemberForGetter(JSONData& data, const JsonValue& root,
     return member;
 }
 
+/// The frame of the typed member getters, inside Guarded: the error state is cleared, no key,
+/// output or document gives kNo, the member is looked up (a missing one recorded with
+/// `missingStatus`), and `convert(data, member)` does the rest.
+template <class Convert>
+unsigned char GetMember(JSONData* state, const JsonAutoRefPtr<JsonValue>& root, const char* key,
+                        const void* out, EJsonErrorStatus missingStatus, Convert&& convert) {
+    return Guarded(state, kNo, [&](JSONData& data) {
+        data.ClearError();
+        if (!key || !out || !root) return kNo;
+        const JsonAutoRefPtr<JsonValue> member = MemberForGetter(data, *root, key, missingStatus, "");
+        if (!member) return kNo;
+        return convert(data, *member);
+    });
+}
+
 std::string MemberMessage(const char* key, const char* tail) {
     return std::string("Member '") + key + tail;
 }
@@ -314,16 +329,11 @@ unsigned long long JSONWrapper::Interface_GetString(const char* key, char* buffe
 }
 
 unsigned char JSONWrapper::Interface_GetDouble(const char* key, double* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !out || !root) return kNo;
-        // Deliberate: GetDouble reports with status Error where the other getters warn.
-        const JsonAutoRefPtr<JsonValue> member =
-            MemberForGetter(data, *root, key, EJsonErrorStatus::Error, "");
-        if (!member) return kNo;
+    // Deliberate: GetDouble reports with status Error where the other getters warn.
+    return GetMember(fData.get(), Root(), key, out, EJsonErrorStatus::Error,
+                     [&](JSONData& data, const JsonValue& member) {
         double value = 0.0;
-        if (!member->GetAsReal(value)) {
+        if (!member.GetAsReal(value)) {
             data.SetError(MemberMessage(key, "' is no double"));
             return kNo;
         }
@@ -333,17 +343,12 @@ unsigned char JSONWrapper::Interface_GetDouble(const char* key, double* out) con
 }
 
 unsigned char JSONWrapper::Interface_GetInt(const char* key, int* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !out || !root) return kNo;
-        const JsonAutoRefPtr<JsonValue> member =
-            MemberForGetter(data, *root, key, EJsonErrorStatus::Warning, "");
-        if (!member) return kNo;
+    return GetMember(fData.get(), Root(), key, out, EJsonErrorStatus::Warning,
+                     [&](JSONData& data, const JsonValue& member) {
         long long value = 0;
         // Deliberate text order: "no 32 bit integer" when there is no integer at all, "no
         // integer" when it does not fit in 32 bits.
-        if (!member->GetAsInteger(value)) {
+        if (!member.GetAsInteger(value)) {
             data.SetWarning(MemberMessage(key, "' is no 32 bit integer"));
             return kNo;
         }
@@ -358,15 +363,10 @@ unsigned char JSONWrapper::Interface_GetInt(const char* key, int* out) const {
 }
 
 unsigned char JSONWrapper::Interface_GetUInt(const char* key, unsigned int* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !out || !root) return kNo;
-        const JsonAutoRefPtr<JsonValue> member =
-            MemberForGetter(data, *root, key, EJsonErrorStatus::Warning, "");
-        if (!member) return kNo;
+    return GetMember(fData.get(), Root(), key, out, EJsonErrorStatus::Warning,
+                     [&](JSONData& data, const JsonValue& member) {
         long long value = 0;
-        const bool converted = member->GetAsInteger(value);
+        const bool converted = member.GetAsInteger(value);
         if (!converted || value < 0 || value > 4294967295LL) {
             if (converted) *out = 0;
             data.SetWarning(MemberMessage(key, "' is no 32 bit unsigned integer"));
@@ -378,15 +378,10 @@ unsigned char JSONWrapper::Interface_GetUInt(const char* key, unsigned int* out)
 }
 
 unsigned char JSONWrapper::Interface_GetInt64(const char* key, long long* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !out || !root) return kNo;
-        const JsonAutoRefPtr<JsonValue> member =
-            MemberForGetter(data, *root, key, EJsonErrorStatus::Warning, "");
-        if (!member) return kNo;
+    return GetMember(fData.get(), Root(), key, out, EJsonErrorStatus::Warning,
+                     [&](JSONData& data, const JsonValue& member) {
         long long value = 0;
-        if (!member->GetAsInteger(value)) {
+        if (!member.GetAsInteger(value)) {
             data.SetWarning(MemberMessage(key, "' is no integer"));
             return kNo;
         }
@@ -396,17 +391,12 @@ unsigned char JSONWrapper::Interface_GetInt64(const char* key, long long* out) c
 }
 
 unsigned char JSONWrapper::Interface_GetUInt64(const char* key, unsigned long long* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !out || !root) return kNo;
-        const JsonAutoRefPtr<JsonValue> member =
-            MemberForGetter(data, *root, key, EJsonErrorStatus::Warning, "");
-        if (!member) return kNo;
+    return GetMember(fData.get(), Root(), key, out, EJsonErrorStatus::Warning,
+                     [&](JSONData& data, const JsonValue& member) {
         long long value = 0;
         bool converted = false;
-        if (member->GetType() == JsonValue::eJsonInteger) {
-            const auto& integer = static_cast<const JsonInteger&>(*member);
+        if (member.GetType() == JsonValue::eJsonInteger) {
+            const auto& integer = static_cast<const JsonInteger&>(member);
             // Unlike JSONData::AsUInt64, an unsigned integer gives its full unsigned value.
             if (integer.IsUnsigned()) {
                 integer.Get(*out);
@@ -415,28 +405,23 @@ unsigned char JSONWrapper::Interface_GetUInt64(const char* key, unsigned long lo
             integer.Get(value);
             converted = true;
         } else {
-            converted = member->GetAsInteger(value);
+            converted = member.GetAsInteger(value);
         }
         if (converted && value >= 0) {
             *out = static_cast<unsigned long long>(value);
             return kYes;
         }
-        if (converted || member->GetType() == JsonValue::eJsonReal) *out = 0;
+        if (converted || member.GetType() == JsonValue::eJsonReal) *out = 0;
         data.SetWarning(MemberMessage(key, "' is no unsigned integer"));
         return kNo;
     });
 }
 
 unsigned char JSONWrapper::Interface_GetBoolean(const char* key, unsigned char* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !out || !root) return kNo;
-        const JsonAutoRefPtr<JsonValue> member =
-            MemberForGetter(data, *root, key, EJsonErrorStatus::Warning, "");
-        if (!member) return kNo;
+    return GetMember(fData.get(), Root(), key, out, EJsonErrorStatus::Warning,
+                     [&](JSONData& data, const JsonValue& member) {
         bool value = false;
-        if (!member->GetAsBool(value)) {
+        if (!member.GetAsBool(value)) {
             data.SetWarning(MemberMessage(key, "' is no boolean"));
             return kNo;
         }
