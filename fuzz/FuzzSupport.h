@@ -108,7 +108,7 @@ inline int WriterDigits(unsigned long long magnitude) {
 
 /// A real's value without converting a pending text (inspecting must not change how it prints).
 inline double PeekReal(const JsonReal& real) {
-    return real.HasPendingText() ? JsonReal::StrToDouble(real.PendingText()) : real.Get();
+    return real.HasPendingText() ? JsonReal::StrToDouble(std::string(real.PendingText())) : real.Get();
 }
 
 /// Walks the whole tree without recursion and without writing to it.

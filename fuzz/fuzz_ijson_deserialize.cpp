@@ -64,7 +64,10 @@ void CheckToString(const JSONWrapper& json, const char* format) {
 
 void CheckAsString(const JSONWrapper& json) {
     unsigned char copied = 7;
-    const unsigned long long needed = json.Interface_AsString(nullptr, 0, &copied);
+    FUZZ_CHECK(json.Interface_AsString(nullptr, 0, &copied) == 0); // a null output: 0 at once
+    FUZZ_CHECK(copied == 0);
+    char probe[1];
+    const unsigned long long needed = json.Interface_AsString(probe, 0, &copied);
     FUZZ_CHECK(copied == 0);
     if (needed == 0) return; // no string form
     ForSizes(needed, [&](unsigned long long size) {
@@ -78,7 +81,10 @@ void CheckAsString(const JSONWrapper& json) {
 
 void CheckGetString(const JSONWrapper& json, const std::string& key) {
     unsigned char found = 7;
-    const unsigned long long needed = json.Interface_GetString(key.c_str(), nullptr, 0, &found);
+    FUZZ_CHECK(json.Interface_GetString(key.c_str(), nullptr, 0, &found) == 0); // null output
+    FUZZ_CHECK(found == 0);
+    char probe[1]; // size 0 still writes the NUL of an empty text
+    const unsigned long long needed = json.Interface_GetString(key.c_str(), probe, 0, &found);
     if (needed == 0) {
         FUZZ_CHECK(found == 0);
         return;

@@ -1,7 +1,6 @@
 // JsonMemory: the slow paths of the pool (pages, remote frees, heaps of ended threads).
 #include "json/JsonMemory.h"
 
-#include <cstdlib>
 #include <mutex>
 #include <new>
 
@@ -51,8 +50,9 @@ Page* NewPage(Heap& heap, size_t c) {
             memory = page;
         }
     }
-    if (!memory) memory = std::aligned_alloc(kPageSize, kPageSize);
-    if (!memory) throw std::bad_alloc();
+    // Pages come from the aligned operator new, like every other allocation of the engine, so
+    // that a program replacing operator new sees (and may fail) them too.
+    if (!memory) memory = ::operator new(kPageSize, std::align_val_t{kPageSize});
     auto* page = new (memory) Page;
     page->fClass = static_cast<uint16_t>(c);
     page->fHeap = &heap;
@@ -72,7 +72,7 @@ void ReleasePage(Page* page) noexcept {
     std::lock_guard<std::mutex> lock(gShared.fPagesMutex);
     if (gShared.fEmptyCount >= kMaxEmptyPages) {
         page->~Page();
-        std::free(page);
+        ::operator delete(page, kPageSize, std::align_val_t{kPageSize});
         return;
     }
     page->fNext = gShared.fEmptyPages;

@@ -14,6 +14,7 @@
 #include <functional>
 #include <string>
 #include <unordered_map>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -123,7 +124,8 @@ public:
     static JsonObject* ParseFromMsgPack(const char*& position, const char* end, unsigned long count,
                                         ParserContext& context);
 
-    /// Inserts or replaces without any key check, taking over `value` (never null).
+    /// Inserts or replaces without any key check, taking over `value` (never null); when out of
+    /// memory the value is released and std::bad_alloc passed on.
     template <class K> void Put(K&& key, JsonValue* value);
 
     // ---- Tree-walk internals (deep copy and teardown without recursion) ----
@@ -148,7 +150,14 @@ private:
 };
 
 template <class K> void JsonObject::Put(K&& key, JsonValue* value) {
-    auto [it, inserted] = fMembers.try_emplace(std::forward<K>(key), fNextSequence, value);
+    MemberMap::iterator it;
+    bool inserted;
+    try {
+        std::tie(it, inserted) = fMembers.try_emplace(std::forward<K>(key), fNextSequence, value);
+    } catch (...) {
+        value->Release(); // the value is taken over in every case, also when out of memory
+        throw;
+    }
     if (inserted) {
         ++fNextSequence;
     } else {

@@ -6,7 +6,8 @@
 #include <charconv>
 #include <cstring>
 #include <cmath>
-#include <stdexcept>
+#include <cerrno>
+#include <cstdlib>
 
 JsonString::JsonString(const std::string& text, bool* trusted, bool* ok)
     : JsonValue(eJsonString), fText(text) {
@@ -57,56 +58,60 @@ JsonReal::JsonReal(const JsonReal& other)
 }
 
 JsonReal::~JsonReal() {
-    if (fTextLength > kInlineText) delete[] fHeap;
+    if (fTextLength >= kInlineText) delete[] fHeap;
 }
 
 void JsonReal::SetText(std::string_view text) {
     char* target = fInline;
-    if (text.size() > kInlineText) target = fHeap = new char[text.size()];
+    if (text.size() >= kInlineText) target = fHeap = new char[text.size() + 1];
     if (!text.empty()) std::memcpy(target, text.data(), text.size());
-    fTextLength = static_cast<uint32_t>(text.size());
+    target[text.size()] = '\0';
+    fTextLength = text.size();
 }
 
 double JsonReal::ConvertPending() const noexcept {
     // Concurrent first readers may both convert; they store the same value, and the text
     // itself is never changed, so no reader sees a half-made state.
-    const double value = StrToDouble(PendingText());
+    const double value = StrToDouble(Text(), fTextLength);
     fValue.store(value, std::memory_order_relaxed);
     fPending.store(false, std::memory_order_release);
     return value;
 }
 
-double JsonReal::StrToDouble(std::string_view text) noexcept {
+double JsonReal::StrToDouble(const std::string& text) noexcept {
+    return StrToDouble(text.c_str(), text.size());
+}
+
+double JsonReal::StrToDouble(const char* text, size_t length) noexcept {
     // Fast path: a complete number whose result is a normal double is exactly what std::stod
     // gives (both round correctly). Everything else takes the reference route below.
     double fast = 0.0;
-    const char* first = text.data();
-    const char* last = first + text.size();
-    auto [end, ec] = std::from_chars(first, last, fast);
-    if (ec == std::errc() && end == last && std::isnormal(fast)) return fast;
+    auto [end, ec] = std::from_chars(text, text + length, fast);
+    if (ec == std::errc() && end == text + length && std::isnormal(fast)) return fast;
 
-    try {
-        const std::string copy(text);
-        try {
-            return std::stod(copy);
-        } catch (const std::invalid_argument&) {
-            return 0.0;
-        } catch (const std::out_of_range&) {
-            // Retried in extended precision: beyond the double range (either sign) the result
-            // is +infinity, deliberately; an underflow rounds to the denormal or zero.
-            try {
-                const long double extended = std::stold(copy);
-                if (extended > static_cast<long double>(sMax) ||
-                    extended < static_cast<long double>(sLowest))
-                    return sInfinity;
-                return static_cast<double>(extended);
-            } catch (...) {
-                return sInfinity;
-            }
+    // std::stod and std::stold without their exceptions: strtod reads the text in place (it
+    // stops where the number stops), so no copy is made and nothing can fail for lack of
+    // memory.
+    const int savedErrno = errno;
+    errno = 0;
+    char* stop = nullptr;
+    double result = std::strtod(text, &stop);
+    if (stop == text) {
+        result = 0.0; // no number at all
+    } else if (errno == ERANGE) {
+        // Retried in extended precision: beyond the double range (either sign) the result is
+        // +infinity, deliberately; an underflow rounds to the denormal or zero.
+        errno = 0;
+        const long double extended = std::strtold(text, &stop);
+        if (errno == ERANGE || extended > static_cast<long double>(sMax) ||
+            extended < static_cast<long double>(sLowest)) {
+            result = sInfinity;
+        } else {
+            result = static_cast<double>(extended);
         }
-    } catch (...) {
-        return 0.0; // no memory for the copy
     }
+    errno = savedErrno;
+    return result;
 }
 
 void JsonReal::AppendToString(std::string& out) const {

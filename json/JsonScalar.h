@@ -68,6 +68,7 @@ private:
 /// A real number. A parsed real may hold its source text ("pending text") and convert it on
 /// first use. The conversion is safe for concurrent readers: the text is kept until the node
 /// dies and an atomic flag publishes the converted value; observably the text is "emptied".
+/// Texts of any length are kept whole: the length is a size_t, as everywhere in the engine.
 class JsonReal final : public JsonValue {
 public:
     static constexpr double sMax = std::numeric_limits<double>::max();
@@ -78,12 +79,13 @@ public:
     /// A parsed real converted at once, remembering how many significant digits it had.
     JsonReal(double v, uint32_t digitCount) noexcept
         : JsonValue(eJsonReal), fValue(v), fDigitCount(digitCount) {}
-    /// A parsed real whose conversion is deferred to its first use.
+    /// A parsed real whose conversion is deferred to its first use. Throws std::bad_alloc
+    /// when a long text cannot be stored.
     JsonReal(std::string_view pendingText, uint32_t digitCount);
     JsonReal(const JsonReal& other);
     ~JsonReal() override;
 
-    /// The value; a pending text is converted (and counts as emptied) first.
+    /// The value; a pending text is converted (and counts as emptied) first. Never allocates.
     double Get() const noexcept {
         if (fPending.load(std::memory_order_acquire)) return ConvertPending();
         return fValue.load(std::memory_order_relaxed);
@@ -91,35 +93,40 @@ public:
     void Get(double& out) const noexcept { out = Get(); }
     bool HasPendingText() const noexcept { return fPending.load(std::memory_order_acquire); }
     /// The text as read; meaningful only while HasPendingText().
-    std::string_view PendingText() const noexcept {
-        return {fTextLength <= kInlineText ? fInline : fHeap, fTextLength};
-    }
+    std::string_view PendingText() const noexcept { return {Text(), fTextLength}; }
     uint32_t GetDigitCount() const noexcept { return fDigitCount; }
 
     /// std::stod semantics; invalid text gives 0.0; out of range retries in long double and
     /// gives +infinity beyond the double range. Deliberately, negative overflow and extended
-    /// underflow also give +infinity.
-    static double StrToDouble(std::string_view text) noexcept;
+    /// underflow also give +infinity. Never throws and never allocates.
+    static double StrToDouble(const std::string& text) noexcept;
+    /// The same for `length` bytes at `text`, which the byte at text[length] must end as a
+    /// number (a zero byte, or any byte that cannot continue a number such as a JSON
+    /// separator): the slow path reads the text in place, as std::stod reads a C string.
+    static double StrToDouble(const char* text, size_t length) noexcept;
 
     void AppendToString(std::string& out) const override;
     void AppendToMsgPack(BigEndianWriter* writer) const override;
 
 private:
-    // Most numbers fit in the node itself; longer texts get a block of their own.
-    static constexpr uint32_t kInlineText = 24;
+    // Most numbers fit in the node itself; longer texts get a block of their own. Both are
+    // stored with a terminating zero byte, so that converting never has to copy them.
+    static constexpr size_t kInlineText = 24;
 
     void SetText(std::string_view text);
+    const char* Text() const noexcept { return fTextLength < kInlineText ? fInline : fHeap; }
     double ConvertPending() const noexcept;
 
     mutable std::atomic<double> fValue;
     uint32_t fDigitCount;
-    uint32_t fTextLength = 0;
     mutable std::atomic<bool> fPending{false};
+    size_t fTextLength = 0;
     union {
         char fInline[kInlineText];
         char* fHeap;
     };
 };
+static_assert(sizeof(JsonReal) <= 64, "a real stays within one 64-byte pool block");
 
 class JsonTrue final : public JsonValue {
 public:

@@ -13,59 +13,82 @@
 #include "module/NumberFormat.h"
 #include "module/ScriptFunctions.h"
 
-#include <vector>
 
 namespace JsonModule {
 
 namespace {
 
-/// The segments of a path, and how its errors name it.
-struct Path {
-    std::vector<std::string> fSegments;
-    bool fFromVector = false;
-    std::string fText; // the path as the script gave it (string form)
-
+/// A path's segments, one at a time, and how its errors name it. The path is never split into
+/// a list: a walk holds one segment, so a path of millions of slashes costs no more memory
+/// than its longest segment (the path itself belongs to the caller).
+class Path {
+public:
+    /// A string path: one leading "/" dropped, then split at every "/" (empty segments and a
+    /// trailing empty segment included); "" and "/" have no segments at all.
     static Path FromString(const std::string& text) {
         Path path;
-        path.fText = text;
-        const size_t start = !text.empty() && text[0] == '/' ? 1 : 0;
-        if (start == text.size()) return path; // the empty path
-        for (size_t pos = start;;) {
-            const size_t slash = text.find('/', pos);
-            path.fSegments.push_back(text.substr(pos, slash == std::string::npos ? std::string::npos : slash - pos));
-            if (slash == std::string::npos) break;
-            pos = slash + 1;
-        }
+        path.fText = &text;
+        path.fNext = !text.empty() && text[0] == '/' ? 1 : 0;
+        path.fCount = path.fNext == text.size() ? 0 : kUnknown;
         return path;
     }
-
+    /// A vector path: every element is one segment, used as it stands.
     static Path FromVector(const StringVectorPtr& vector) {
         Path path;
-        path.fFromVector = true;
-        if (!vector) return path;
-        const unsigned long long size = vector->Interface_Size();
-        for (unsigned long long i = 0; i < size; ++i) {
-            Virelo::AutoRefPtr<Virelo::IVariant> element(vector->Interface_At(i));
-            const char* data = element ? element->Interface_GetStringData() : nullptr;
-            path.fSegments.emplace_back(data ? data : "",
-                                        data ? static_cast<size_t>(element->Interface_GetStringLength()) : 0);
-        }
+        path.fVector = vector.Get();
+        path.fCount = vector ? vector->Interface_Size() : 0;
         return path;
     }
 
-    std::string Empty() const {
-        return fFromVector ? "JSON path vector is empty. Path doesn't exist!" : "JSON path " + fText + " doesn't exist!";
+    bool Empty() const { return fCount == 0; }
+    /// Moves to the next segment; false when there is none left.
+    bool Next() {
+        if (fVector) {
+            if (fIndex >= fCount) return false;
+            Virelo::AutoRefPtr<Virelo::IVariant> element(fVector->Interface_At(fIndex++));
+            const char* data = element ? element->Interface_GetStringData() : nullptr;
+            fSegment.assign(data ? data : "",
+                            data ? static_cast<size_t>(element->Interface_GetStringLength()) : 0);
+            fLast = fIndex == fCount;
+            return true;
+        }
+        if (fCount == 0 || fNext > fText->size()) return false;
+        const size_t slash = fText->find('/', fNext);
+        const size_t stop = slash == std::string::npos ? fText->size() : slash;
+        fSegment.assign(*fText, fNext, stop - fNext);
+        fLast = slash == std::string::npos;
+        fNext = stop + 1; // past the end after the last segment
+        return true;
+    }
+    const std::string& Segment() const { return fSegment; }
+    bool IsLast() const { return fLast; }
+
+    std::string EmptyMessage() const {
+        return IsVector() ? "JSON path vector is empty. Path doesn't exist!"
+                          : "JSON path " + *fText + " doesn't exist!";
     }
     std::string Missing() const {
-        return fFromVector ? "JSON path vector doesn't exist!" : "JSON path " + fText + " doesn't exist!";
+        return IsVector() ? "JSON path vector doesn't exist!" : "JSON path " + *fText + " doesn't exist!";
     }
     std::string OutOfBounds() const {
-        return fFromVector ? "JSON path vector with array index which is out of bounds!"
-                           : "JSON path " + fText + " with array index which is out of bounds!";
+        return IsVector() ? "JSON path vector with array index which is out of bounds!"
+                          : "JSON path " + *fText + " with array index which is out of bounds!";
     }
-    std::string CannotRetrieve(const std::string& segment) const {
-        return "Couldn't retrieve JSON element from path " + (fFromVector ? segment : fText);
+    std::string CannotRetrieve() const {
+        return "Couldn't retrieve JSON element from path " + (IsVector() ? fSegment : *fText);
     }
+
+private:
+    static constexpr unsigned long long kUnknown = ~0ULL;
+    bool IsVector() const { return !fText; }
+
+    const std::string* fText = nullptr;      // string form: the path as the script gave it
+    size_t fNext = 0;                        // string form: where the next segment starts
+    const Virelo::IVector<std::string>* fVector = nullptr; // vector form (null: no segments)
+    unsigned long long fIndex = 0;           // vector form: the next element
+    unsigned long long fCount = 0;           // segments (vector form), 0 or kUnknown (string form)
+    std::string fSegment;
+    bool fLast = false;
 };
 
 bool StartsWithDigit(const std::string& segment) {
@@ -78,11 +101,11 @@ int SegmentIndex(const std::string& segment) {
     return std::stoi(segment, nullptr, 10);
 }
 
-JSONObjPtr Read(const JSONObjPtr& json, const Path& path, IContext* context) {
+JSONObjPtr Read(const JSONObjPtr& json, Path path, IContext* context) {
     JSONObjPtr result = NewJSON(context, JsonValue::eJsonNull);
     const JsonValue* node = json->Value().Get();
-    for (const std::string& segment : path.fSegments) {
-        if (!node) break;
+    while (node && path.Next()) {
+        const std::string& segment = path.Segment();
         if (node->GetType() == JsonValue::eJsonObject) {
             node = static_cast<const JsonObject*>(node)->Find(segment);
         } else if (node->GetType() == JsonValue::eJsonArray) {
@@ -125,15 +148,15 @@ template <class T> void SetElement(JsonArray& array, unsigned long index, const 
 /// Walks a copy of `json` along `path` and sets (or removes) at the last segment. The copy is
 /// returned in every case, unchanged after an error.
 template <class T>
-JSONObjPtr Change(const JSONObjPtr& json, const Path& path, const T& value, IContext* context) {
+JSONObjPtr Change(const JSONObjPtr& json, Path path, const T& value, IContext* context) {
     JSONObjPtr copy = CopyOf(json);
     std::string error;
     bool refused = false; // the object refused the key or text: the setter's fault, not the path's
-    if (path.fSegments.empty()) error = path.Empty();
+    if (path.Empty()) error = path.EmptyMessage();
     JsonValue* node = copy->Value().Get();
-    for (size_t i = 0; error.empty() && i < path.fSegments.size(); ++i) {
-        const std::string& segment = path.fSegments[i];
-        const bool last = i + 1 == path.fSegments.size();
+    while (error.empty() && path.Next()) {
+        const std::string& segment = path.Segment();
+        const bool last = path.IsLast();
         if (node && node->GetType() == JsonValue::eJsonObject) {
             auto& object = static_cast<JsonObject&>(*node);
             if (last) {
@@ -146,7 +169,7 @@ JSONObjPtr Change(const JSONObjPtr& json, const Path& path, const T& value, ICon
                 break;
             }
             node = object.Find(segment);
-            if (!node) error = path.CannotRetrieve(segment);
+            if (!node) error = path.CannotRetrieve();
         } else if (node && node->GetType() == JsonValue::eJsonArray) {
             auto& array = static_cast<JsonArray&>(*node);
             if (segment.empty()) continue; // skipped; as the last segment nothing is set
@@ -165,7 +188,7 @@ JSONObjPtr Change(const JSONObjPtr& json, const Path& path, const T& value, ICon
                 break;
             }
             node = static_cast<size_t>(index) < array.Size() ? array.Elements()[static_cast<size_t>(index)] : nullptr;
-            if (!node) error = path.CannotRetrieve(segment);
+            if (!node) error = path.CannotRetrieve();
         } else {
             error = path.Missing(); // scalars, null and compiled objects take no segment
         }

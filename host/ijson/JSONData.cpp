@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <mutex>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace Virelo::JSON {
@@ -159,12 +161,16 @@ bool JSONData::AsUInt64(const JsonAutoRefPtr<JsonValue>& node, unsigned long lon
 JsonAutoRefPtr<JsonValue> JSONData::FindNodePath(const JsonAutoRefPtr<JsonValue>& root,
                                                  const char* path) {
     JsonAutoRefPtr<JsonValue> node = root;
-    std::string rest = path ? path : "";
-    if (!rest.empty() && rest.front() == '/') rest.erase(0, 1);
-    while (!rest.empty()) {
-        const size_t slash = rest.find('/');
-        const std::string step = rest.substr(0, slash);
-        rest.erase(0, slash == std::string::npos ? rest.size() : slash + 1);
+    // The path is walked in place, one step at a time: a path of millions of slashes costs the
+    // memory of its longest step and time in proportion to its length.
+    const std::string_view rest = path ? std::string_view(path) : std::string_view();
+    size_t next = !rest.empty() && rest.front() == '/' ? 1 : 0;
+    std::string step;
+    while (next < rest.size()) {
+        const size_t slash = rest.find('/', next);
+        const size_t stop = slash == std::string_view::npos ? rest.size() : slash;
+        step.assign(rest, next, stop - next);
+        next = stop + 1;
 
         const JsonValue::EJsonValueType type = node ? node->GetType() : JsonValue::eJsonNull;
         if (type == JsonValue::eJsonObject) {

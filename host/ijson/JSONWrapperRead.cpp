@@ -313,14 +313,16 @@ unsigned long long JSONWrapper::Interface_GetString(const char* key, char* buffe
     return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
         data.ClearError();
         const JsonAutoRefPtr<JsonValue> root = Root();
-        if (!key || !root) return 0;
+        // A null output buffer is a null argument like any other: 0 at once, no size is
+        // reported. The found flag is optional.
+        if (!key || !buffer || !root) return 0;
         const JsonAutoRefPtr<JsonValue> member =
             MemberForGetter(data, *root, key, EJsonErrorStatus::Warning, ".");
         std::string text;
         if (!member || !JSONData::AsString(member, text)) return 0;
         if (found) *found = kYes;
         // Deliberate: copies when length <= size and then writes length + 1 bytes.
-        if (buffer && text.size() <= size) {
+        if (text.size() <= size) {
             std::memcpy(buffer, text.data(), text.size());
             buffer[text.size()] = '\0';
         }
@@ -529,9 +531,11 @@ unsigned long long JSONWrapper::Interface_AsString(char* buffer, unsigned long l
     return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
         data.ClearError();
         const JsonAutoRefPtr<JsonValue> root = Root();
+        // The buffer and the copied flag are both outputs: either one null gives 0 at once.
+        if (!buffer || !copied || !root) return 0;
         std::string text;
-        if (!root || !JSONData::AsString(root, text)) return 0;
-        if (CopyWithNul(text, buffer, size) && copied) *copied = kYes;
+        if (!JSONData::AsString(root, text)) return 0;
+        if (CopyWithNul(text, buffer, size)) *copied = kYes;
         return text.size() + 1;
     });
 }

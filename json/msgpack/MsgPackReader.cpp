@@ -9,9 +9,13 @@
 //   parser's message for a member an object cannot take) when keys are strict.
 // - Binary and extension types are refused; the position stays on their code byte.
 // Counts and lengths from the input are never trusted for allocation: bytes are checked
-// before they are copied, and arrays grow as their elements arrive.
+// before they are copied, and element storage is reserved only for elements that the bytes
+// still unread can hold, summed over every open array (see OpenArray).
+#include "json/msgpack/MsgPackReader.h"
+
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
+#include "json/JsonFrameStack.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
 #include "json/text/ParseHelpers.h"
@@ -38,7 +42,6 @@ bool Fail(ParserContext& ctx, const char* message) {
 
 } // namespace
 
-/// Reads a string whose code byte has been consumed: str 8/16/32 (D9, DA, DB) or fixstr (A0-BF).
 bool ParseStringFromMsgPack(unsigned char code, const char*& position, const char* end,
                             ParserContext& context, std::string& out) {
     unsigned long long length;
@@ -67,10 +70,16 @@ bool ParseStringFromMsgPack(unsigned char code, const char*& position, const cha
 
 namespace {
 
+// Reads values with an explicit stack of open containers: nesting costs heap, not native
+// stack. The parser owns everything it has built until it hands the finished value back, so an
+// error or an exception (only std::bad_alloc) at any point releases all of it.
 class MsgPackParser {
 public:
     MsgPackParser(const char*& position, const char* end, ParserContext& ctx)
         : fPos(position), fEnd(end), fCtx(ctx) {}
+    MsgPackParser(const MsgPackParser&) = delete;
+    MsgPackParser& operator=(const MsgPackParser&) = delete;
+    ~MsgPackParser() { Unwind(); }
 
     /// Reads one value.
     JsonValue* Run(const JsonCompiledObjectContext* keys) { return Read(keys); }
@@ -89,6 +98,7 @@ private:
         JsonValue* fContainer = nullptr;
         JsonValue::EJsonValueType fKind = JsonValue::eJsonNull;
         unsigned long long fRemaining = 0; // members or elements still to read
+        size_t fReserved = 0;              // arrays: reserved element slots not yet filled
         const JsonCompiledObjectContext* fKeys = nullptr;
         unsigned long fSlot = 0;        // compiled objects: slot of the value being read
         const char* fValueStart = nullptr; // compiled objects: where that value started
@@ -99,8 +109,9 @@ private:
         fCtx.fError = message;
         return Unwind();
     }
-    JsonValue* Unwind() {
-        while (fDepth > 0) fFrames[--fDepth].fContainer->Release();
+    JsonValue* Unwind() noexcept {
+        while (fFrames.Depth() > 0) fFrames.Pop().fContainer->Release();
+        fReserved = 0;
         return nullptr;
     }
     void Push(JsonValue* container, JsonValue::EJsonValueType kind, unsigned long long count,
@@ -108,32 +119,43 @@ private:
     // A container header: `count` entries follow. Maps become compiled objects under a key table.
     void OpenMap(unsigned long long count, const JsonCompiledObjectContext* keys);
     void OpenArray(unsigned long long count, const JsonCompiledObjectContext* keys);
+    /// Closes the innermost frame and hands its container over.
+    JsonValue* Pop() noexcept {
+        Frame& frame = fFrames.Pop();
+        fReserved -= frame.fReserved; // 0 by now: its reserved slots were filled first
+        return frame.fContainer;
+    }
     bool ReadKey(std::string& key);
+    /// Stores a finished value in the innermost container; takes over `value` in every case.
+    /// False (with the message set) when the container refuses it.
+    bool Store(JsonValue* value);
     JsonValue* Read(const JsonCompiledObjectContext* keys, bool opened = false);
     bool Need(size_t bytes) const { return static_cast<size_t>(fEnd - fPos) >= bytes; }
 
     const char*& fPos;
     const char* fEnd;
     ParserContext& fCtx;
-    std::vector<Frame> fFrames;
-    size_t fDepth = 0;
+    JsonFrameStack<Frame> fFrames;
+    // Element slots reserved and not yet filled, over all open arrays. Each such slot needs at
+    // least one byte of what is still unread, so this never exceeds the bytes left.
+    size_t fReserved = 0;
     std::string fScratch;
 };
 
 void MsgPackParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
                          unsigned long long count, const JsonCompiledObjectContext* keys) {
-    if (fDepth == fFrames.size()) {
-        try {
-            fFrames.emplace_back();
-        } catch (...) {
-            container->Release();
-            throw;
-        }
+    Frame* pushed;
+    try {
+        pushed = &fFrames.Push();
+    } catch (...) {
+        container->Release();
+        throw;
     }
-    Frame& frame = fFrames[fDepth++];
+    Frame& frame = *pushed;
     frame.fContainer = container;
     frame.fKind = kind;
     frame.fRemaining = count;
+    frame.fReserved = 0;
     frame.fKeys = keys;
 }
 
@@ -146,16 +168,19 @@ void MsgPackParser::OpenMap(unsigned long long count, const JsonCompiledObjectCo
 }
 
 void MsgPackParser::OpenArray(unsigned long long count, const JsonCompiledObjectContext* keys) {
-    auto* array = new JsonArray();
-    // Every element takes at least one byte: never reserve beyond what the input can hold.
-    const auto available = static_cast<unsigned long long>(fEnd - fPos);
-    try {
-        array->Reserve(static_cast<size_t>(count < available ? count : available));
-    } catch (...) {
-        array->Release();
-        throw;
-    }
-    Push(array, JsonValue::eJsonArray, count, keys);
+    Push(new JsonArray(), JsonValue::eJsonArray, count, keys);
+    // Every element takes at least one byte, and so does every slot the open arrays have
+    // reserved but not filled yet: reserve only what the unread bytes can still fill. Nested
+    // headers that each claim 2^32 elements therefore reserve no more, together, than the
+    // input is long; an array whose header claims more than it holds grows as elements arrive.
+    const auto unread = static_cast<size_t>(fEnd - fPos);
+    const size_t budget = unread > fReserved ? unread - fReserved : 0;
+    const size_t reserve = count < budget ? static_cast<size_t>(count) : budget;
+    if (reserve == 0) return;
+    Frame& frame = fFrames.Top();
+    static_cast<JsonArray*>(frame.fContainer)->Reserve(reserve); // the frame owns the array
+    frame.fReserved = reserve;
+    fReserved += reserve;
 }
 
 bool MsgPackParser::ReadKey(std::string& key) {
@@ -258,9 +283,9 @@ beginValue: {
 }
 
 containerStep: {
-    Frame& frame = fFrames[fDepth - 1];
+    Frame& frame = fFrames.Top();
     if (frame.fRemaining == 0) {
-        value = fFrames[--fDepth].fContainer;
+        value = Pop();
         goto valueDone;
     }
     --frame.fRemaining;
@@ -290,39 +315,45 @@ containerStep: {
 }
 
 valueDone:
-    if (fDepth == 0) return value;
-    {
-        Frame& frame = fFrames[fDepth - 1];
-        switch (frame.fKind) {
-        case JsonValue::eJsonArray:
-            static_cast<JsonArray*>(frame.fContainer)->AddValueInternal(value);
-            break;
-        case JsonValue::eJsonObject:
-            // Keys are always checked here, even when UTF-8 is trusted.
-            if (JsonValue::IsUTF8(frame.fKey)) {
-                static_cast<JsonObject*>(frame.fContainer)->Put(std::move(frame.fKey), value);
-            } else {
-                value->Release();
-                if (fCtx.fStrictKeys) return Fail(kDuplicateKey);
-            }
-            break;
-        default: {
-            if (frame.fSlot == JsonCompiledObjectContext::sMaxIndex) {
-                value->Release();
-                break;
-            }
-            const unsigned short mask = frame.fKeys->TypeMask(frame.fSlot);
-            if (mask && !(JsonCompiledObjectContext::TypeBit(value->GetType()) & mask)) {
-                value->Release();
-                fPos = frame.fValueStart;
-                return Fail(kNotExpectedType);
-            }
-            static_cast<JsonCompiledObject*>(frame.fContainer)->PutSlot(frame.fSlot, value);
-            break;
-        }
-        }
-    }
+    if (fFrames.Depth() == 0) return value;
+    if (!Store(value)) return nullptr;
     goto containerStep;
+}
+
+bool MsgPackParser::Store(JsonValue* value) {
+    JsonAutoRefPtr<JsonValue> owned(value); // released here unless a container takes it
+    Frame& frame = fFrames.Top();
+    switch (frame.fKind) {
+    case JsonValue::eJsonArray:
+        static_cast<JsonArray*>(frame.fContainer)->AddValueInternal(owned.Detach());
+        if (frame.fReserved > 0) {
+            --frame.fReserved;
+            --fReserved;
+        }
+        return true;
+    case JsonValue::eJsonObject:
+        // Keys are always checked here, even when UTF-8 is trusted.
+        if (!JsonValue::IsUTF8(frame.fKey)) {
+            if (fCtx.fStrictKeys) {
+                Fail(kDuplicateKey);
+                return false;
+            }
+            return true; // dropped silently
+        }
+        static_cast<JsonObject*>(frame.fContainer)->Put(std::move(frame.fKey), owned.Detach());
+        return true;
+    default: {
+        if (frame.fSlot == JsonCompiledObjectContext::sMaxIndex) return true; // skipped key
+        const unsigned short mask = frame.fKeys->TypeMask(frame.fSlot);
+        if (mask && !(JsonCompiledObjectContext::TypeBit(value->GetType()) & mask)) {
+            fPos = frame.fValueStart;
+            Fail(kNotExpectedType);
+            return false;
+        }
+        static_cast<JsonCompiledObject*>(frame.fContainer)->PutSlot(frame.fSlot, owned.Detach());
+        return true;
+    }
+    }
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include "json/ByteScan.h"
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
+#include "json/JsonFrameStack.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
 #include "json/text/ParseHelpers.h"
@@ -23,6 +24,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <vector>
 
 using namespace ParseMessages;
@@ -304,13 +306,19 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
                 ++digitCount;
             } else {
                 tooLarge = true; // the rest is read but not accumulated
+                // Above the bound no later digit can be accumulated either: skip in blocks.
+                if (magnitude > JsonInteger::sMaxUInt64Div10) {
+                    pos = SkipDigits(s, pos, size);
+                    break;
+                }
             }
         }
     }
 
     bool isReal = false;
-    uint32_t fractionDigits = 0;
-    uint32_t exponentDigits = 0;
+    // Lengths are size_t: only the digit count stored in the real is 32 bits wide.
+    size_t fractionDigits = 0;
+    size_t exponentDigits = 0;
     if (pos < size && s[pos] == '.') {
         ++pos;
         if (pos >= size || !IsDigit(s[pos])) {
@@ -319,9 +327,9 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
             return nullptr;
         }
         const size_t digits = SkipDigits(s, pos, size);
-        fractionDigits = static_cast<uint32_t>(digits - pos);
+        fractionDigits = digits - pos;
         pos = digits;
-        digitCount += fractionDigits;
+        digitCount += static_cast<uint32_t>(fractionDigits);
         isReal = true;
     }
     if (pos < size && (s[pos] == 'e' || s[pos] == 'E')) {
@@ -332,7 +340,9 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
             ctx.fError = kExponentDigit;
             return nullptr;
         }
-        for (; pos < size && IsDigit(s[pos]); ++pos) ++exponentDigits;
+        const size_t digits = SkipDigits(s, pos, size);
+        exponentDigits = digits - pos;
+        pos = digits;
         isReal = true;
     }
 
@@ -351,7 +361,8 @@ JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
     const std::string_view number(s + start, pos - start);
     JsonValue* real;
     if (exponentDigits > 1 || fractionDigits >= 18) {
-        const double value = JsonReal::StrToDouble(number);
+        // The byte after the number cannot continue it, so the text converts in place.
+        const double value = JsonReal::StrToDouble(number.data(), number.size());
         if (value >= JsonReal::sInfinity) {
             ctx.fPos = pos;
             ctx.fError = kRealOutOfRange;
@@ -396,7 +407,7 @@ private:
     void SkipSpace() { SkipWhiteSpace(fText, fCtx); }
     Frame& Push(JsonValue* container, JsonValue::EJsonValueType kind,
                 const JsonCompiledObjectContext* keys, char opening);
-    JsonValue* PopContainer() { return fFrames[--fDepth].fContainer; }
+    JsonValue* PopContainer() { return fFrames.Pop().fContainer; }
     /// Closes the innermost frame, an array: it takes the elements read for it.
     JsonValue* PopArray();
     JsonValue* Fail(const char* message) {
@@ -412,8 +423,7 @@ private:
 
     const std::string& fText;
     ParserContext& fCtx;
-    std::vector<Frame> fFrames; // frames are reused, so their key strings keep their capacity
-    size_t fDepth = 0;
+    JsonFrameStack<Frame> fFrames; // frames are reused, so their key strings keep their capacity
     // The elements of the open arrays, stacked; an array takes its own when it closes, so that
     // its vector is allocated once at the right size.
     std::vector<JsonValue*> fElements;
@@ -422,15 +432,14 @@ private:
 
 TextParser::Frame& TextParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
                                     const JsonCompiledObjectContext* keys, char opening) {
-    if (fDepth == fFrames.size()) {
-        try {
-            fFrames.emplace_back();
-        } catch (...) {
-            container->Release();
-            throw;
-        }
+    Frame* pushed;
+    try {
+        pushed = &fFrames.Push();
+    } catch (...) {
+        container->Release();
+        throw;
     }
-    Frame& frame = fFrames[fDepth++];
+    Frame& frame = *pushed;
     frame.fContainer = container;
     frame.fKind = kind;
     frame.fKeys = keys;
@@ -441,20 +450,25 @@ TextParser::Frame& TextParser::Push(JsonValue* container, JsonValue::EJsonValueT
 }
 
 JsonValue* TextParser::PopArray() {
-    Frame& frame = fFrames[fDepth - 1];
+    Frame& frame = fFrames.Top();
     auto* array = static_cast<JsonArray*>(frame.fContainer);
     array->TakeElements(fElements.data() + frame.fFirstElement, fElements.size() - frame.fFirstElement);
     fElements.resize(frame.fFirstElement);
-    --fDepth; // only now: should taking the elements throw, the frame still owns the array
+    fFrames.Pop(); // only now: should taking the elements throw, the frame still owns the array
     return array;
 }
 
 // Releases every open container; each level that was reading a member value adds its suffix
 // to the message, innermost first, as the nested readers of a recursive parser would.
 JsonValue* TextParser::Unwind() {
-    while (fDepth > 0) {
-        Frame& frame = fFrames[--fDepth];
-        if (frame.fInValue) {
+    // Everything is released even when a suffix cannot be added for lack of memory; that
+    // failure is passed on at the end.
+    bool outOfMemory = false;
+    while (fFrames.Depth() > 0) {
+        Frame& frame = fFrames.Pop();
+        frame.fContainer->Release();
+        if (!frame.fInValue || outOfMemory) continue;
+        try {
             if (frame.fKind == JsonValue::eJsonObject) {
                 if (!fCtx.fError.empty()) fCtx.fError += kWhileParsingValue;
             } else if (frame.fKind == JsonValue::eJsonCompiledObject) {
@@ -465,11 +479,13 @@ JsonValue* TextParser::Unwind() {
                     fCtx.fError += kCompiledWhileParsingValue;
                 }
             }
+        } catch (const std::bad_alloc&) {
+            outOfMemory = true;
         }
-        frame.fContainer->Release();
     }
     for (JsonValue* element : fElements) element->Release();
     fElements.clear();
+    if (outOfMemory) throw std::bad_alloc();
     return nullptr;
 }
 
@@ -550,7 +566,7 @@ beginValue:
     }
 
 containerStep: {
-    Frame& frame = fFrames[fDepth - 1];
+    Frame& frame = fFrames.Top();
     if (frame.fKind == JsonValue::eJsonObject) {
         // object: "{" [ member *( "," member ) ] "}"   member: string ":" value
         if (AtEnd()) return Fail(kIllegalObject);
@@ -629,7 +645,7 @@ containerStep: {
 
 compiledMember: {
     // Unknown keys are read and thrown away; a known key's mask picks the reader for its value.
-    Frame& frame = fFrames[fDepth - 1];
+    Frame& frame = fFrames.Top();
     if (!JsonValue::ParseString(fText, frame.fKey, fCtx)) {
         if (fCtx.fError.empty()) return Fail(kKeyExpected);
         fCtx.fError += kWhileParsingKey;
@@ -670,9 +686,9 @@ compiledMember: {
 }
 
 valueDone:
-    if (fDepth == 0) return value;
+    if (fFrames.Depth() == 0) return value;
     {
-        Frame& frame = fFrames[fDepth - 1];
+        Frame& frame = fFrames.Top();
         frame.fInValue = false;
         switch (frame.fKind) {
         case JsonValue::eJsonObject: {
@@ -682,12 +698,7 @@ valueDone:
                 // Deliberate: the message for a member the object cannot take is this one.
                 if (fCtx.fStrictKeys) return Fail(kDuplicateKey);
             } else {
-                try {
-                    object->Put(std::move(frame.fKey), value);
-                } catch (...) {
-                    value->Release(); // out of memory: the open containers go in RunParser
-                    throw;
-                }
+                object->Put(std::move(frame.fKey), value); // out of memory: see RunParser
             }
             SkipSpace();
             goto containerStep;

@@ -4,7 +4,6 @@
 
 #include "json/JsonValue.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -69,9 +68,5 @@ inline std::string Hex(const std::string& bytes) {
     }
     return out;
 }
-
-/// The largest single operator new request since it was last set to 0 (defined only in the
-/// MessagePack suite, by msgpack/AllocationProbe.cpp).
-extern std::atomic<size_t> gLargestAllocation;
 
 } // namespace json_test

@@ -308,6 +308,17 @@ TEST(IJSONRead, CallerBuffersAreWrittenOnlyWithinTheirConventions) {
     auto spare = buffer(4);
     EXPECT_EQ(member->Interface_GetString("k", spare.get(), 3, &found), 4u);
     EXPECT_STREQ(spare.get(), "abc");
+    EXPECT_EQ(member->Interface_GetString("k", spare.get(), 3, nullptr), 4u); // found is optional
+
+    // A null output pointer is a null argument: 0 at once, no size reported, no message.
+    found = 9;
+    EXPECT_EQ(member->Interface_GetString("k", nullptr, 0, &found), 0u);
+    EXPECT_EQ(found, 0);
+    copied = 9;
+    EXPECT_EQ(text->Interface_AsString(nullptr, 0, &copied), 0u);
+    EXPECT_EQ(copied, 0);
+    EXPECT_EQ(text->Interface_AsString(four.get(), 4, nullptr), 0u);
+    EXPECT_EQ(Outcome(*text), "0:");
 
     // GetErrorMessage copies when length + 1 <= size.
     member->Interface_GetInt("missing", nullptr); // a null output: 0, no message

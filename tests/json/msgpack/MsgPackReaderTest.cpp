@@ -2,6 +2,7 @@
 // message with the position it leaves, the UTF-8 and duplicate-key rules, compiled objects,
 // hostile lengths, and the text parser's routing of binary input.
 #include "tests/json/JsonTestHelpers.h"
+#include "tests/support/AllocationProbe.h"
 
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
@@ -215,16 +216,17 @@ TEST(MsgPackReader, HostileLengthsFailFastWithoutAllocating) {
         SCOPED_TRACE(row.fClaim);
         for (const std::string& behind : {std::string(), padding}) {
             ParserContext ctx;
-            gLargestAllocation = 0;
+            AllocationProbe::ResetLargest();
             EXPECT_FALSE(JsonValue::ReadFromMsgPack(Bytes(row.fClaim) + behind, &ctx, nullptr));
-            EXPECT_LT(gLargestAllocation.load(), 64u * 1024);
+            // A page of the node pool is the largest block such a read may take.
+            EXPECT_LE(AllocationProbe::LargestRequest(), JsonMemory::kPageSize);
             EXPECT_EQ(ctx.fError, row.fError);
         }
     }
 
-    gLargestAllocation = 0; // the probe itself sees a real 100000-byte string
+    AllocationProbe::ResetLargest(); // the probe itself sees a real 100000-byte string
     EXPECT_TRUE(JsonValue::ReadFromMsgPack(Bytes("DB 00 01 86 A0") + std::string(100000, 'x'), nullptr, nullptr));
-    EXPECT_GE(gLargestAllocation.load(), 100000u);
+    EXPECT_GE(AllocationProbe::LargestRequest(), 100000u);
 
     // depth costs no native stack: 200000 nested arrays read and write back unchanged
     const std::string deep = std::string(200000, '\x91') + '\xC0';
