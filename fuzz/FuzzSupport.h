@@ -1,6 +1,7 @@
 // Helpers shared by the fuzz targets: the property check that aborts with a message (libFuzzer
-// then keeps the input as a crash), a byte reader over the input, and the facts about a value
-// tree that decide which round-trip properties apply to it.
+// then keeps the input as a crash), the check that a read holds no more memory than promised
+// (so that an amplification is a finding, not only a crash), a byte reader over the input, and
+// the facts about a value tree that decide which round-trip properties apply to it.
 //
 // The facts name the places where the engine deliberately does not round-trip; a target skips
 // only the property a fact breaks, never the whole input.
@@ -11,6 +12,8 @@
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
 #include "json/text/ParserContext.h"
+#include "tests/support/AllocationProbe.h"
+#include "tests/support/MemoryBounds.h"
 
 #include <charconv>
 #include <cmath>
@@ -22,6 +25,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace FuzzSupport {
@@ -35,6 +39,16 @@ namespace FuzzSupport {
 
 #define FUZZ_CHECK(condition) \
     ((condition) ? static_cast<void>(0) : ::FuzzSupport::Fail(__FILE__, __LINE__, #condition))
+
+/// Runs `read` (which reads an untrusted input of n bytes) and checks that the heap held at its
+/// peak, the result included, stays within the promised MemoryBounds for such an input.
+template <class Read> auto HeldWithin(size_t perByte, size_t n, Read&& read) {
+    const size_t before = AllocationProbe::LiveBytes();
+    AllocationProbe::ResetPeak();
+    auto result = read();
+    FUZZ_CHECK(AllocationProbe::PeakBytes() - before <= MemoryBounds::Limit(perByte, n));
+    return result;
+}
 
 /// Consumes the fuzz input from the front; reads past the end give zeros and empty texts.
 class InputReader {
@@ -92,6 +106,34 @@ struct TreeFacts {
     bool fNonUTF8Key = false;       ///< MessagePack reading drops such members
     bool fNonUTF8String = false;
 };
+
+/// The nesting depth of a tree (a scalar is 0 deep).
+inline size_t Depth(const JsonValue& root) {
+    size_t deepest = 0;
+    std::vector<std::pair<const JsonValue*, size_t>> pending{{&root, 0}};
+    while (!pending.empty()) {
+        const auto [node, depth] = pending.back();
+        pending.pop_back();
+        if (!node) continue;
+        if (depth > deepest) deepest = depth;
+        if (node->GetType() == JsonValue::eJsonObject) {
+            for (const auto& member : static_cast<const JsonObject&>(*node).Members())
+                pending.emplace_back(member.second.second, depth + 1);
+        } else if (node->GetType() == JsonValue::eJsonArray) {
+            for (const JsonValue* element : static_cast<const JsonArray&>(*node).Elements())
+                pending.emplace_back(element, depth + 1);
+        } else if (node->GetType() == JsonValue::eJsonCompiledObject) {
+            for (const JsonValue* slot : static_cast<const JsonCompiledObject&>(*node).Slots())
+                pending.emplace_back(slot, depth + 1);
+        }
+    }
+    return deepest;
+}
+
+/// Pretty text indents every line by its depth, so a document d levels deep prints about d^2
+/// indentation units whatever its size: deeper trees skip the pretty properties, which would
+/// only measure that (and trip the fuzzer's allocation limit).
+constexpr size_t kPrettyDepth = 1024;
 
 /// The exact decimal digit count of a magnitude.
 inline int ExactDigits(unsigned long long magnitude) {

@@ -133,7 +133,9 @@ std::string Serialize(const JSONWrapper& json) {
 
 void CheckSerializedForm(const std::string& bytes) {
     AutoRefPtr<JSONWrapper> json(new JSONWrapper());
-    const unsigned long long consumed = json->Interface_Deserialize(bytes.data(), bytes.size());
+    const unsigned long long consumed = HeldWithin(MemoryBounds::kTextPerByte, bytes.size(), [&] {
+        return json->Interface_Deserialize(bytes.data(), bytes.size());
+    });
     CheckErrorMessage(*json);
     if (consumed == kAllOnes) return;
 

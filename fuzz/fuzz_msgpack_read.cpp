@@ -60,13 +60,14 @@ std::string Encode(const JsonValue& value) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string input(reinterpret_cast<const char*>(data), size);
     ParserContext ctx = MakeContext(size);
-    const JsonAutoRefPtr<JsonValue> first = Decode(input, ctx);
+    const JsonAutoRefPtr<JsonValue> first =
+        HeldWithin(MemoryBounds::kMsgPackPerByte, size, [&] { return Decode(input, ctx); });
     if (!first) return 0;
 
     // The text writers must cope with whatever the reader builds.
     std::string text;
     first->AppendToString(text);
-    first->AppendToStringPretty(text, " ", "\n", 0);
+    if (Depth(*first) <= kPrettyDepth) first->AppendToStringPretty(text, " ", "\n", 0);
 
     const std::string once = Encode(*first);
     ParserContext again = MakeContext(size);

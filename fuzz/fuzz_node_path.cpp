@@ -99,8 +99,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     AutoRefPtr<JSONWrapper> wrapper(new JSONWrapper(root));
 
     // The path from the input.
-    const JsonValue* viaNode = ByNodeFromPath(*root, path);
-    const JsonValue* viaFind = ByFindNodePath(*wrapper, path);
+    const JsonValue* viaNode =
+        HeldWithin(MemoryBounds::kPathPerByte, path.size(), [&] { return ByNodeFromPath(*root, path); });
+    const JsonValue* viaFind =
+        HeldWithin(MemoryBounds::kPathPerByte, path.size(), [&] { return ByFindNodePath(*wrapper, path); });
     FUZZ_CHECK(!viaNode || nodes.count(viaNode));
     FUZZ_CHECK(!viaFind || nodes.count(viaFind));
     if (viaNode && viaFind) FUZZ_CHECK(viaNode == viaFind);

@@ -3,9 +3,9 @@
 # build-fuzz/ and runs each for SECONDS (default 60) on a fresh copy of its seed corpus, its
 # regression inputs and seeds from the shared corpora (fuzz/seeds.py; $VIRELO_JSON_SHARED_DATA,
 # default ../shared), FUZZ_JOBS targets at a time (default 2). Fails when any target finds a
-# crash, a leak, a time-out or a broken property; the finding is left in
-# build-fuzz/fuzz-runs/TARGET/artifacts/ and the run's log in build-fuzz/fuzz-runs/TARGET/log
-# (FUZZ_RUNS names another folder).
+# crash, a leak, a time-out, an amplification (see the limits below) or a broken property; the
+# finding is left in build-fuzz/fuzz-runs/TARGET/artifacts/ and the run's log in
+# build-fuzz/fuzz-runs/TARGET/log (FUZZ_RUNS names another folder).
 #   scripts/fuzz.sh [SECONDS] [TARGET...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -26,6 +26,13 @@ max_len() {
         *) echo 8192 ;;
     esac
 }
+
+# Cost is a finding too. Every target checks that a read holds at most the promised bytes per
+# input byte (tests/support/MemoryBounds.h: for the longest input about 2.6 MB); beyond that,
+# one allocation over 64 MB or a process over 1 GiB (AddressSanitizer's quarantine included)
+# stops the run with the input that did it.
+malloc_limit_mb="${FUZZ_MALLOC_LIMIT_MB:-64}"
+rss_limit_mb="${FUZZ_RSS_LIMIT_MB:-1024}"
 
 start=$(date +%s)
 CC=clang CXX=clang++ cmake -S . -B build-fuzz -G Ninja -DVIRELO_JSON_BUILD_FUZZ=ON \
@@ -48,7 +55,8 @@ run_one() {
     local inputs=("$dir/corpus")
     [ -d "fuzz/regressions/$target" ] && inputs+=("fuzz/regressions/$target")
     local rc=0
-    build-fuzz/bin/"$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+    build-fuzz/bin/"$target" -max_total_time="$seconds" -timeout=10 \
+        -rss_limit_mb="$rss_limit_mb" -malloc_limit_mb="$malloc_limit_mb" \
         -max_len="$(max_len "$target")" -artifact_prefix="$dir/artifacts/" -print_final_stats=1 \
         "${inputs[@]}" >"$dir/log" 2>&1 || rc=$?
     echo "$rc" >"$dir/rc"
