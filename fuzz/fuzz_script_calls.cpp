@@ -20,19 +20,13 @@
 #include "json/JsonEquality.h"
 #include "json/text/ParserContext.h"
 #include "module/FunctionTable.h"
+#include "tests/support/ModuleExports.h"
 #include "module/ScriptFunctions.h"
 
 #include <array>
 #include <iterator>
 #include <limits>
 #include <type_traits>
-
-#define FUZZ_DECLARE_EXPORT(scriptName, symbol, worker)                                          \
-    extern "C" unsigned int virelo_module_##symbol(unsigned int, Virelo::IVariant**,             \
-                                                   Virelo::IVariant*, Virelo::IModuleInfo*,       \
-                                                   Virelo::IContext*);
-VIRELO_JSON_FUNCTIONS(FUZZ_DECLARE_EXPORT)
-#undef FUZZ_DECLARE_EXPORT
 
 namespace {
 

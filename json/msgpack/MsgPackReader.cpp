@@ -144,15 +144,9 @@ private:
 
 void MsgPackParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
                          unsigned long long count, const JsonCompiledObjectContext* keys) {
-    Frame* pushed;
-    try {
-        pushed = &fFrames.Push();
-    } catch (...) {
-        container->Release();
-        throw;
-    }
-    Frame& frame = *pushed;
-    frame.fContainer = container;
+    JsonAutoRefPtr<JsonValue> owned(container); // released should the stack fail to grow
+    Frame& frame = fFrames.Push();
+    frame.fContainer = owned.Detach();
     frame.fKind = kind;
     frame.fRemaining = count;
     frame.fReserved = 0;

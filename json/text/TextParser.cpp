@@ -432,15 +432,9 @@ private:
 
 TextParser::Frame& TextParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
                                     const JsonCompiledObjectContext* keys, char opening) {
-    Frame* pushed;
-    try {
-        pushed = &fFrames.Push();
-    } catch (...) {
-        container->Release();
-        throw;
-    }
-    Frame& frame = *pushed;
-    frame.fContainer = container;
+    JsonAutoRefPtr<JsonValue> owned(container); // released should the stack fail to grow
+    Frame& frame = fFrames.Push();
+    frame.fContainer = owned.Detach();
     frame.fKind = kind;
     frame.fKeys = keys;
     frame.fPrevious = opening;

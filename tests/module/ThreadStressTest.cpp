@@ -3,31 +3,13 @@
 // convert them concurrently) and changing calls on copies of their own. Run under
 // ThreadSanitizer in CI; every thread must see the same results as a lone thread.
 #include "tests/host/FakeHost.h"
+#include "tests/support/ModuleExports.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <thread>
 #include <vector>
-
-extern "C" {
-unsigned int virelo_module_StringToJson(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                        Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_JsonToString(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                        Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_GetAsNumber(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                       Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_FindNodePath(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                        Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_Equals(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                  Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_JsonToMsgPack(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                         Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_SetNumber(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                     Virelo::IModuleInfo*, Virelo::IContext*);
-unsigned int virelo_module_SetNodePathString(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                             Virelo::IModuleInfo*, Virelo::IContext*);
-}
 
 namespace {
 
@@ -36,10 +18,7 @@ using FakeHost::Variant;
 using Virelo::AutoRefPtr;
 using Virelo::IVariant;
 
-using Function = unsigned int (*)(unsigned int, IVariant**, IVariant*, Virelo::IModuleInfo*,
-                                  Virelo::IContext*);
-
-AutoRefPtr<Variant> Call(Function function, std::vector<IVariant*> arguments, Context& context) {
+AutoRefPtr<Variant> Call(ExportedFunction function, std::vector<IVariant*> arguments, Context& context) {
     AutoRefPtr<Variant> result(new Variant(Context::kJsonTypeId, nullptr));
     EXPECT_EQ(function(static_cast<unsigned int>(arguments.size()), arguments.data(), result.Get(),
                        nullptr, &context),

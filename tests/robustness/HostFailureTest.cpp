@@ -6,6 +6,7 @@
 #include "tests/robustness/FailureInjection.h"
 
 #include "tests/host/FakeHost.h"
+#include "tests/support/ModuleExports.h"
 
 #include "host/Data.h"
 #include "host/JSONObj.h"
@@ -17,20 +18,6 @@
 #include <string>
 #include <vector>
 
-extern "C" {
-#define DECLARE_EXPORT(name)                                                                       \
-    unsigned int virelo_module_##name(unsigned int, Virelo::IVariant**, Virelo::IVariant*,         \
-                                      Virelo::IModuleInfo*, Virelo::IContext*);
-DECLARE_EXPORT(StringToJson)
-DECLARE_EXPORT(MsgPackToJson)
-DECLARE_EXPORT(JsonToString)
-DECLARE_EXPORT(JsonToMsgPack)
-DECLARE_EXPORT(GetFromNodePath)
-DECLARE_EXPORT(SetNodePathString)
-DECLARE_EXPORT(SetNumber)
-DECLARE_EXPORT(Equals)
-#undef DECLARE_EXPORT
-}
 
 namespace {
 
@@ -166,12 +153,10 @@ TEST(HostAllocationFailure, JsonTypeOperationsPassTheFailureOn) {
 
 using FakeHost::Context;
 using FakeHost::Variant;
-using Function = unsigned int (*)(unsigned int, Virelo::IVariant**, Virelo::IVariant*,
-                                  Virelo::IModuleInfo*, Virelo::IContext*);
 
 /// Calls a script function under every allocation failure. `describe` turns its result into
 /// text; an undisturbed call gives `expected`.
-void ExpectCallSurvives(Function function, std::vector<Virelo::IVariant*> arguments,
+void ExpectCallSurvives(ExportedFunction function, std::vector<Virelo::IVariant*> arguments,
                         const std::function<std::string(Variant&, Context&)>& describe) {
     std::string expected;
     FailEachAllocation([&] {

@@ -8,6 +8,7 @@
 #include "tests/support/MemoryBounds.h"
 
 #include "tests/host/FakeHost.h"
+#include "tests/support/ModuleExports.h"
 
 #include "host/Data.h"
 #include "host/ijson/JSONWrapper.h"
@@ -20,16 +21,6 @@
 #include <string>
 #include <vector>
 
-extern "C" {
-#define DECLARE_EXPORT(name)                                                                       \
-    unsigned int virelo_module_##name(unsigned int, Virelo::IVariant**, Virelo::IVariant*,         \
-                                      Virelo::IModuleInfo*, Virelo::IContext*);
-DECLARE_EXPORT(StringToJson)
-DECLARE_EXPORT(MsgPackToJson)
-DECLARE_EXPORT(GetFromNodePath)
-DECLARE_EXPORT(SetNodePathString)
-#undef DECLARE_EXPORT
-}
 
 namespace {
 
@@ -121,8 +112,7 @@ void ExpectBounded(const std::function<std::vector<Shape>()>& makeShapes, size_t
 }
 
 /// Calls a script function whose result is released before the function returns.
-void Call(unsigned int (*function)(unsigned int, IVariant**, IVariant*, Virelo::IModuleInfo*, Virelo::IContext*),
-          std::vector<IVariant*> arguments) {
+void Call(ExportedFunction function, std::vector<IVariant*> arguments) {
     Context context;
     AutoRefPtr<Variant> result(new Variant(Context::kJsonTypeId, nullptr));
     EXPECT_EQ(function(static_cast<unsigned int>(arguments.size()), arguments.data(), result.Get(), nullptr,
