@@ -72,7 +72,7 @@ void ReleasePage(Page* page) noexcept {
     std::lock_guard<std::mutex> lock(gShared.fPagesMutex);
     if (gShared.fEmptyCount >= kMaxEmptyPages) {
         page->~Page();
-        ::operator delete(page, kPageSize, std::align_val_t{kPageSize});
+        ::operator delete(page, std::align_val_t{kPageSize});
         return;
     }
     page->fNext = gShared.fEmptyPages;
