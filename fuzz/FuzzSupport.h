@@ -11,7 +11,7 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 #include "tests/support/AllocationProbe.h"
 #include "tests/support/MemoryBounds.h"
 

@@ -9,7 +9,7 @@
 #include "fuzz/FuzzSupport.h"
 
 #include "json/JsonEquality.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 namespace {
 

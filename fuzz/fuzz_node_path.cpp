@@ -12,7 +12,7 @@
 
 #include "host/VireloInterfaces.h"
 #include "host/ijson/JSONWrapper.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <stdexcept>
 #include <unordered_set>

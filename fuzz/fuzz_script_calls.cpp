@@ -18,7 +18,7 @@
 
 #include "host/CallForwarding.h"
 #include "json/JsonEquality.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 #include "module/FunctionTable.h"
 #include "tests/support/ModuleExports.h"
 #include "module/ScriptFunctions.h"

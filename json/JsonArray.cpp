@@ -5,7 +5,6 @@
 #include "json/JsonObject.h"
 #include "json/JsonRefs.h"
 #include "json/JsonScalar.h"
-#include "json/text/TextWriter.h"
 
 #include <algorithm>
 #include <string>
@@ -246,13 +245,4 @@ bool JsonArray::ForEachWithUserData(
 
 bool JsonArray::IsEqual(const JsonArray& other) const {
     return *this == other;
-}
-
-void JsonArray::AppendToString(std::string& out) const {
-    TextWriter::WriteCompact(*this, out);
-}
-
-void JsonArray::AppendToStringPretty(std::string& out, const std::string& indent,
-                                     const std::string& newLine, int level) const {
-    TextWriter::WritePretty(*this, out, indent, newLine, level);
 }

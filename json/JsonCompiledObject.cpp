@@ -6,8 +6,6 @@
 #include "json/JsonObject.h"
 #include "json/JsonRefs.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
-#include "json/text/TextWriter.h"
 
 // MARK: - Key table
 
@@ -259,22 +257,4 @@ void JsonCompiledObject::ForEach(
 
 bool JsonCompiledObject::IsEqual(const JsonCompiledObject& other) const {
     return *this == other;
-}
-
-// MARK: - Text
-
-void JsonCompiledObject::AppendToString(std::string& out) const {
-    TextWriter::WriteCompact(*this, out);
-}
-
-void JsonCompiledObject::AppendToStringPretty(std::string& out, const std::string& indent,
-                                              const std::string& newLine, int level) const {
-    TextWriter::WritePretty(*this, out, indent, newLine, level);
-}
-
-JsonAutoRefPtr<JsonCompiledObject> JsonCompiledObject::ReadFromString(
-    const std::string& text, const JsonCompiledObjectContext* context, ParserContext* ctx) {
-    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, ctx, context);
-    if (!value || value->GetType() != eJsonCompiledObject) return nullptr;
-    return JsonAutoRefPtr<JsonCompiledObject>(static_cast<JsonCompiledObject*>(value.Detach()));
 }

@@ -2,7 +2,7 @@
 //
 // Deliberate: there is no cross-type numeric equality (1 and 1.0 differ; an object and a
 // compiled object with the same members differ), and compiled objects are equal only when they
-// share the very same key table. Comparing converts pending real texts (a write on the tree).
+// share the very same key table. Comparing reads both trees (a real's pending text is converted as any read does).
 #pragma once
 
 #include "json/JsonValue.h"

@@ -5,7 +5,6 @@
 #include "json/JsonEquality.h"
 #include "json/JsonRefs.h"
 #include "json/JsonScalar.h"
-#include "json/text/TextWriter.h"
 
 JsonObject::JsonObject(const JsonObject& other) : JsonValue(eJsonObject) {
     JsonAutoRefPtr<JsonValue> copy(CopyNoARefPtr(other));
@@ -300,13 +299,4 @@ void JsonObject::ForEach(
 
 bool JsonObject::IsEqual(const JsonObject& other) const {
     return *this == other;
-}
-
-void JsonObject::AppendToString(std::string& out) const {
-    TextWriter::WriteCompact(*this, out);
-}
-
-void JsonObject::AppendToStringPretty(std::string& out, const std::string& indent,
-                                      const std::string& newLine, int level) const {
-    TextWriter::WritePretty(*this, out, indent, newLine, level);
 }

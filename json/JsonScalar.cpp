@@ -1,13 +1,11 @@
-// Scalar nodes: construction, the lazy real conversion and their compact text.
+// Scalar nodes: construction and the lazy conversion of a real's text.
 #include "json/JsonScalar.h"
 
-#include "json/text/TextWriter.h"
-
-#include <charconv>
-#include <cstring>
-#include <cmath>
 #include <cerrno>
+#include <charconv>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 JsonString::JsonString(const std::string& text, bool* trusted, bool* ok)
     : JsonValue(eJsonString), fText(text) {
@@ -21,22 +19,6 @@ JsonString::JsonString(std::string&& text, bool* trusted, bool* ok)
     const bool valid = (trusted && *trusted) || IsUTF8(fText);
     if (!valid) fText.clear();
     if (ok) *ok = valid;
-}
-
-void JsonString::AppendToString(std::string& out) const {
-    out += '"';
-    AppendQuotedString(fText, out);
-    out += '"';
-}
-
-void JsonInteger::AppendToString(std::string& out) const {
-    if (fUnsigned) {
-        TextWriter::AppendInteger(fBits, false, out);
-    } else {
-        const auto value = static_cast<long long>(fBits);
-        // 0 minus the value as unsigned 64 bits: exact for the smallest value too.
-        TextWriter::AppendInteger(value < 0 ? 0 - fBits : fBits, value < 0, out);
-    }
 }
 
 JsonReal::JsonReal(std::string_view pendingText, uint32_t digitCount)
@@ -112,20 +94,4 @@ double JsonReal::StrToDouble(const char* text, size_t length) noexcept {
     }
     errno = savedErrno;
     return result;
-}
-
-void JsonReal::AppendToString(std::string& out) const {
-    TextWriter::AppendReal(*this, out);
-}
-
-void JsonTrue::AppendToString(std::string& out) const {
-    out += "true";
-}
-
-void JsonFalse::AppendToString(std::string& out) const {
-    out += "false";
-}
-
-void JsonNull::AppendToString(std::string& out) const {
-    out += "null";
 }

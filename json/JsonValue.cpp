@@ -12,7 +12,7 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <cstdio>
 #include <cstring>
@@ -22,11 +22,6 @@
 const std::string JsonValue::fTypeStrings[9] = {
     "String", "Integer", "Real", "Object", "CompiledObject", "Array", "True", "False", "Null",
 };
-
-void JsonValue::AppendToStringPretty(std::string& out, const std::string&, const std::string&,
-                                     int) const {
-    AppendToString(out);
-}
 
 JsonValue* JsonValue::GetSubNode(const std::string&) const {
     return nullptr;

@@ -1,6 +1,16 @@
 // The node base of the value tree: the intrusive reference count, the type tag, the owning
 // pointer JsonAutoRefPtr and the conversions every node offers. Containers live in
-// JsonObject.h, JsonArray.h and JsonCompiledObject.h; scalars in JsonScalar.h.
+// JsonObject.h, JsonArray.h and JsonCompiledObject.h; scalars in JsonScalar.h. The members
+// that read and write JSON text are defined in json/text/, those for MessagePack in
+// json/msgpack/.
+//
+// Threads. A tree has no lock. Any number of threads may read one tree at once: every const
+// operation (lookups, conversions, equality, copying, writing text or MessagePack) is a read,
+// including the first use of a real that still holds its text, whose conversion is published
+// atomically (JsonReal). Changing a tree (inserts, erasures, SetValueAtIndex, the reference
+// helpers of JsonRefs.h) is a write: nothing else may use that tree meanwhile. Reference
+// counts are atomic, so a node may be shared between trees and threads and is freed by
+// whichever thread drops its last reference.
 //
 // Deliberate: releasing the last reference of a container never recurses once per nesting
 // level (see JsonValue::Release); documents of any depth can be freed on a small stack.
@@ -33,8 +43,7 @@ protected:
 };
 
 /// One node of a JSON value tree. Nodes are created with count 1 and destroyed by the
-/// Release that takes the count to 0. Only the count is thread-safe; see the containers for
-/// the rules on sharing a tree between threads.
+/// Release that takes the count to 0. For threads, see the top of this file.
 class JsonValue : public JsonUseCounted {
 public:
     enum EJsonValueType : uint32_t {

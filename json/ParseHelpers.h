@@ -1,6 +1,7 @@
-// Small helpers of the text parser, shared with tests and the MessagePack reader.
+// Small reading helpers shared by both readers (text and MessagePack) and the value model.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 class JsonValue;
@@ -15,3 +16,8 @@ bool Parse4HexDigits(const std::string& text, unsigned long& pos, unsigned short
 void AppendUnicodeAsUTF8(std::string& out, unsigned int codePoint);
 /// Skips blanks, tabs, CR and LF; CR LF and LF CR count as one line break.
 void SkipWhiteSpace(const char* text, size_t size, ParserContext& ctx);
+
+/// True for the ASCII digits 0-9.
+inline bool IsDecimalDigit(char c) {
+    return c >= '0' && c <= '9';
+}

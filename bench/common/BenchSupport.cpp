@@ -4,7 +4,7 @@
 #include "json/JsonArray.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <cmath>
 #include <cstdio>

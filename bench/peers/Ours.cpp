@@ -8,7 +8,7 @@
 
 #include "json/JsonEquality.h"
 #include "json/JsonValue.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <memory>
 

@@ -18,9 +18,9 @@
 #include "json/JsonFrameStack.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParseHelpers.h"
-#include "json/text/ParseMessages.h"
-#include "json/text/ParserContext.h"
+#include "json/ParseHelpers.h"
+#include "json/ParseMessages.h"
+#include "json/ParserContext.h"
 
 #include <cstring>
 #include <vector>

@@ -4,7 +4,7 @@
 // - Object members are written in the member map's own order, never in insertion order.
 // - A compiled object is an ordinary map of its set slots; should fewer set slots be found
 //   than its count announces, each missing pair is written as A0 C0 (empty key, nil).
-// - A real that still holds its text converts it first (a write on a shared tree).
+// - A real that still holds its text is converted first, as any read of it is.
 #include "json/JsonScalar.h"
 #include "json/TreeWalk.h"
 #include "json/msgpack/BigEndianWriter.h"

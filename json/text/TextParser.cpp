@@ -1,12 +1,12 @@
-// The JSON text parser: entry points, the number and string readers, and one iterative engine
-// that reads values, objects, arrays and compiled objects with an explicit stack of frames.
+// The JSON text parser: the entry points of every node class, the string reader, and one
+// iterative engine that reads values, objects, arrays and compiled objects with an explicit
+// stack of frames. Numbers are read by json/NumberReader.cpp. Text that starts like a
+// MessagePack container is handed to the MessagePack reader when the context accepts it: the
+// one place where one format calls the other.
 //
 // Deliberate behaviours kept here:
 // - fLine counts line breaks consumed, so an error on the first line is line 0; CR LF and
 //   LF CR are one break each.
-// - A negative magnitude of 2^63 or more, -9223372036854775808 included, is read as a real.
-// - Reals keep their text (converted on first use) unless the exponent has more than one digit
-//   or the fraction 18 or more digits.
 // - A surrogate pair is decoded with (((high | 0x40) << 10) - 0x3600000) | (low - 0xDC00):
 //   for high surrogates with bit 6 set it gives a code point 0x10000 below the standard one.
 // - Duplicate keys: the last value wins and keeps the first key's place.
@@ -18,9 +18,9 @@
 #include "json/JsonFrameStack.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParseHelpers.h"
-#include "json/text/ParseMessages.h"
-#include "json/text/ParserContext.h"
+#include "json/ParseHelpers.h"
+#include "json/ParseMessages.h"
+#include "json/ParserContext.h"
 
 #include <algorithm>
 #include <cstring>
@@ -29,101 +29,7 @@
 
 using namespace ParseMessages;
 
-// MARK: - Helpers
-
-bool IsHexDigit(char c, unsigned char& value) {
-    if (c >= '0' && c <= '9') {
-        value = static_cast<unsigned char>(c - '0');
-    } else if (c >= 'A' && c <= 'F') {
-        value = static_cast<unsigned char>(c - 'A' + 10);
-    } else if (c >= 'a' && c <= 'f') {
-        value = static_cast<unsigned char>(c - 'a' + 10);
-    } else {
-        return false;
-    }
-    return true;
-}
-
-bool Parse4HexDigits(const std::string& text, unsigned long& pos, unsigned short& value) {
-    const unsigned long start = pos;
-    pos += 4;
-    if (start + 4 > text.size()) return false;
-    unsigned int result = 0;
-    for (unsigned long i = start; i < start + 4; ++i) {
-        unsigned char digit;
-        if (!IsHexDigit(text[i], digit)) return false;
-        result = (result << 4) | digit;
-    }
-    value = static_cast<unsigned short>(result);
-    return true;
-}
-
-void AppendUnicodeAsUTF8(std::string& out, unsigned int codePoint) {
-    char bytes[4];
-    size_t n;
-    if (codePoint < 0x80) {
-        bytes[0] = static_cast<char>(codePoint);
-        n = 1;
-    } else if (codePoint < 0x800) {
-        bytes[0] = static_cast<char>(0xC0 | (codePoint >> 6));
-        bytes[1] = static_cast<char>(0x80 | (codePoint & 0x3F));
-        n = 2;
-    } else if (codePoint < 0x10000) {
-        bytes[0] = static_cast<char>(0xE0 | (codePoint >> 12));
-        bytes[1] = static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
-        bytes[2] = static_cast<char>(0x80 | (codePoint & 0x3F));
-        n = 3;
-    } else if (codePoint <= 0x10FFFF) {
-        bytes[0] = static_cast<char>(0xF0 | (codePoint >> 18));
-        bytes[1] = static_cast<char>(0x80 | ((codePoint >> 12) & 0x3F));
-        bytes[2] = static_cast<char>(0x80 | ((codePoint >> 6) & 0x3F));
-        bytes[3] = static_cast<char>(0x80 | (codePoint & 0x3F));
-        n = 4;
-    } else {
-        return;
-    }
-    out.append(bytes, n);
-}
-
-void SkipWhiteSpace(const char* text, size_t size, ParserContext& ctx) {
-    size_t pos = ctx.fPos;
-    while (pos < size) {
-        const char c = text[pos];
-        if (c == ' ' || c == '\t') {
-            ++pos;
-        } else if (c == '\n' || c == '\r') {
-            ++pos;
-            if (pos < size && text[pos] == (c == '\n' ? '\r' : '\n')) ++pos;
-            ++ctx.fLine;
-            ctx.fLineStart = pos;
-        } else {
-            break;
-        }
-    }
-    ctx.fPos = pos;
-}
-
 namespace {
-
-inline bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// The end of the run of decimal digits starting at `pos`, eight bytes at a time.
-size_t SkipDigits(const char* s, size_t pos, size_t size) {
-    while (pos + 8 <= size) {
-        uint64_t block;
-        std::memcpy(&block, s + pos, 8);
-        // A byte is a digit when its high nibble is 3 and adding 6 keeps it below 0x40.
-        const uint64_t notDigit = ((block & 0xF0F0F0F0F0F0F0F0ULL) ^ 0x3030303030303030ULL) |
-                                  (((block + 0x0606060606060606ULL) & 0xF0F0F0F0F0F0F0F0ULL) ^
-                                   0x3030303030303030ULL);
-        if (notDigit) return pos + static_cast<size_t>(__builtin_ctzll(notDigit) / 8);
-        pos += 8;
-    }
-    while (pos < size && IsDigit(s[pos])) ++pos;
-    return pos;
-}
 
 // Most calls find no white space at all: that case stays inline.
 inline void SkipWhiteSpace(const std::string& text, ParserContext& ctx) {
@@ -263,117 +169,6 @@ bool JsonValue::ParseString(const std::string& text, std::string& out, ParserCon
         return false;
     }
     return true;
-}
-
-// MARK: - Numbers
-
-// number: [ "-" ] ( "0" / digit1-9 *DIGIT ) [ "." 1*DIGIT ] [ ( "e" / "E" ) [ "+" / "-" ] 1*DIGIT ]
-JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
-    const char* s = text.data();
-    const size_t size = text.size();
-    const size_t start = ctx.fPos;
-    size_t pos = start;
-    if (pos >= size) {
-        ctx.fError = kUnexpectedEnd;
-        return nullptr;
-    }
-    bool negative = false;
-    if (!IsDigit(s[pos])) {
-        if (s[pos] != '-' || pos + 1 >= size || !IsDigit(s[pos + 1])) {
-            ctx.fError = kNotANumber;
-            return nullptr;
-        }
-        negative = true;
-        ++pos;
-    }
-
-    unsigned long long magnitude = 0;
-    uint32_t digitCount = 0;
-    bool tooLarge = false;
-    if (s[pos] == '0') {
-        ++pos; // a leading 0 is the whole integer part; a following digit is left to the caller
-        digitCount = 1;
-    } else {
-        // Up to 19 digits always fit in 64 bits; only longer numbers need the overflow test.
-        const size_t fastEnd = std::min(size, pos + 19);
-        for (; pos < fastEnd && IsDigit(s[pos]); ++pos) magnitude = magnitude * 10 + static_cast<unsigned>(s[pos] - '0');
-        digitCount = static_cast<uint32_t>(pos - (negative ? start + 1 : start));
-        for (; pos < size && IsDigit(s[pos]); ++pos) {
-            const unsigned digit = static_cast<unsigned>(s[pos] - '0');
-            if (magnitude < JsonInteger::sMaxUInt64Div10 ||
-                (magnitude == JsonInteger::sMaxUInt64Div10 && digit <= 5)) {
-                magnitude = magnitude * 10 + digit;
-                ++digitCount;
-            } else {
-                tooLarge = true; // the rest is read but not accumulated
-                // Above the bound no later digit can be accumulated either: skip in blocks.
-                if (magnitude > JsonInteger::sMaxUInt64Div10) {
-                    pos = SkipDigits(s, pos, size);
-                    break;
-                }
-            }
-        }
-    }
-
-    bool isReal = false;
-    // Lengths are size_t: only the digit count stored in the real is 32 bits wide.
-    size_t fractionDigits = 0;
-    size_t exponentDigits = 0;
-    if (pos < size && s[pos] == '.') {
-        ++pos;
-        if (pos >= size || !IsDigit(s[pos])) {
-            ctx.fPos = pos;
-            ctx.fError = kFractionDigit;
-            return nullptr;
-        }
-        const size_t digits = SkipDigits(s, pos, size);
-        fractionDigits = digits - pos;
-        pos = digits;
-        digitCount += static_cast<uint32_t>(fractionDigits);
-        isReal = true;
-    }
-    if (pos < size && (s[pos] == 'e' || s[pos] == 'E')) {
-        ++pos;
-        if (pos < size && (s[pos] == '+' || s[pos] == '-')) ++pos;
-        if (pos >= size || !IsDigit(s[pos])) {
-            ctx.fPos = pos;
-            ctx.fError = kExponentDigit;
-            return nullptr;
-        }
-        const size_t digits = SkipDigits(s, pos, size);
-        exponentDigits = digits - pos;
-        pos = digits;
-        isReal = true;
-    }
-
-    if (!isReal && !tooLarge) {
-        if (!negative) {
-            ctx.fPos = pos;
-            return new JsonInteger(magnitude, true); // unsigned exactly above the signed range
-        }
-        if (magnitude <= static_cast<unsigned long long>(JsonInteger::sMaxInt64)) {
-            ctx.fPos = pos;
-            return new JsonInteger(-static_cast<long long>(magnitude));
-        }
-        // Deliberate: a negative magnitude of 2^63 or more is a real, -2^63 included.
-    }
-
-    const std::string_view number(s + start, pos - start);
-    JsonValue* real;
-    if (exponentDigits > 1 || fractionDigits >= 18) {
-        // The byte after the number cannot continue it, so the text converts in place.
-        const double value = JsonReal::StrToDouble(number.data(), number.size());
-        if (value >= JsonReal::sInfinity) {
-            ctx.fPos = pos;
-            ctx.fError = kRealOutOfRange;
-            return nullptr;
-        }
-        real = new JsonReal(value, digitCount);
-    } else {
-        real = new JsonReal(number, digitCount);
-    }
-    ctx.fPos = pos;
-    return real;
 }
 
 // MARK: - The value engine
@@ -524,7 +319,7 @@ beginValue:
             value = new JsonNull();
             goto valueDone;
         default:
-            if (s[pos] == '-' || IsDigit(s[pos])) {
+            if (s[pos] == '-' || IsDecimalDigit(s[pos])) {
                 value = JsonValue::ParseNumber(fText, fCtx);
                 if (!value) return Unwind();
                 goto valueDone;
@@ -789,4 +584,11 @@ JsonAutoRefPtr<JsonArray> JsonArray::ReadFromString(const std::string& text, Par
     JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, ctx, keys);
     if (!value || value->GetType() != eJsonArray) return nullptr;
     return JsonAutoRefPtr<JsonArray>(static_cast<JsonArray*>(value.Detach()));
+}
+
+JsonAutoRefPtr<JsonCompiledObject> JsonCompiledObject::ReadFromString(
+    const std::string& text, const JsonCompiledObjectContext* context, ParserContext* ctx) {
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, ctx, context);
+    if (!value || value->GetType() != eJsonCompiledObject) return nullptr;
+    return JsonAutoRefPtr<JsonCompiledObject>(static_cast<JsonCompiledObject*>(value.Detach()));
 }

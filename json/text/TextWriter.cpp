@@ -375,16 +375,6 @@ void PrettyPrintStartNewLine(std::string& out, const std::string& indent, const 
 
 namespace TextWriter {
 
-void AppendInteger(unsigned long long magnitude, bool negative, std::string& out) {
-    TextSink sink(out);
-    PutInteger(sink, magnitude, negative);
-}
-
-void AppendReal(const JsonReal& real, std::string& out) {
-    TextSink sink(out);
-    PutReal(sink, real);
-}
-
 void WriteCompact(const JsonValue& root, std::string& out) {
     TextSink sink(out);
     CompactVisitor visitor{sink};

@@ -13,7 +13,6 @@
 #include <string>
 
 class JsonValue;
-class JsonReal;
 
 /// Appends `text` with JSON escaping, without the surrounding quote marks.
 void AppendQuotedString(const std::string& text, std::string& out);
@@ -22,8 +21,6 @@ void PrettyPrintStartNewLine(std::string& out, const std::string& indent,
                              const std::string& newLine, int level);
 
 namespace TextWriter {
-void AppendInteger(unsigned long long magnitude, bool negative, std::string& out);
-void AppendReal(const JsonReal& real, std::string& out);
 /// The compact text of any node, containers included.
 void WriteCompact(const JsonValue& root, std::string& out);
 /// The pretty text of any node standing at nesting depth `level`.

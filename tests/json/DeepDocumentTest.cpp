@@ -3,7 +3,7 @@
 #include "tests/json/JsonTestHelpers.h"
 
 #include "json/JsonEquality.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <gtest/gtest.h>
 

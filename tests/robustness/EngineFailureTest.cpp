@@ -8,7 +8,7 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonEquality.h"
 #include "json/JsonObject.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <functional>
 #include <new>

@@ -3,7 +3,7 @@
 // run only when asked:
 //   VIRELO_JSON_HUGE_TESTS=1 build/bin/robustness_tests --gtest_filter="HugeInput*"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <gtest/gtest.h>
 

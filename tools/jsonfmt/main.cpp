@@ -3,7 +3,7 @@
 //
 //   jsonfmt [--indent TEXT | --tab | --spaces N] [FILE | -]
 #include "json/JsonValue.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -8,7 +8,7 @@
 #include "json/JsonEquality.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "json/JsonArray.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 #include "json/text/TextWriter.h"
 
 #include <gtest/gtest.h>
