@@ -1,5 +1,6 @@
 // Argument conversion of the call glue.
 #include "host/CallForwarding.h"
+#include "host/FixedTexts.h"
 
 #include <cmath>
 
@@ -89,7 +90,7 @@ unsigned long long NumberToUnsigned(double number) noexcept {
 void ReportWorkerException(IContext* context, const char* what) noexcept {
     if (!context) return;
     try {
-        context->TriggerErrorHandler(eSeveritySevere, "JSON", "Error.JSON.Exception", what ? what : "");
+        context->TriggerErrorHandler(eSeveritySevere, Texts::kSourceJSON, Texts::kErrorException, what ? what : "");
     } catch (...) {
     }
 }

@@ -2,11 +2,12 @@
 #include "host/JSONObj.h"
 
 #include "host/ijson/JSONWrapper.h"
+#include "host/FixedTexts.h"
 
 #include "json/JsonArray.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <algorithm>
 #include <cstring>
@@ -37,10 +38,10 @@ JsonAutoRefPtr<JsonValue> DirectValue(const IJSON* json) {
 } // namespace
 
 JSONObj::JSONObj(unsigned int typeId, IContext*)
-    : CustomType(typeId, "JSON"), fValue(new JsonNull()) {}
+    : CustomType(typeId, Texts::kTypeName), fValue(new JsonNull()) {}
 
 JSONObj::JSONObj(unsigned int typeId, JsonValue::EJsonValueType type, IContext*)
-    : CustomType(typeId, "JSON"), fValue(InitialValue(type)) {}
+    : CustomType(typeId, Texts::kTypeName), fValue(InitialValue(type)) {}
 
 JSONObj::JSONObj(const JSONObj& other)
     : CustomType(other), fValue(other.fValue ? JsonValue::Copy(*other.fValue) : nullptr) {}
@@ -65,8 +66,8 @@ bool JSONObj::Interface_Deserialize(const IJSON* json, IContext*) {
     std::string type;
     AutoRefPtr<IJSON> member;
     const IJSON* source = json;
-    if (json->GetString("type", type) && type == "JSON") {
-        member = AutoRefPtr<IJSON>(json->Interface_Get("value"));
+    if (json->GetString(Texts::kWrappedTypeKey, type) && type == Texts::kWrappedTypeName) {
+        member = AutoRefPtr<IJSON>(json->Interface_Get(Texts::kWrappedValueKey));
         source = member.Get();
     }
     if (JsonAutoRefPtr<JsonValue> direct = DirectValue(source)) {

@@ -40,7 +40,7 @@ JSONObjPtr JsonArrayAppend(const JSONObjPtr& json, const T& value, IContext* con
         Append(*array, value);
     } else {
         Report(context, Virelo::eSeverityRecoverable, kErrorException,
-               "Couldn't push back to JSON array, JSON object is not an array");
+               Texts::kPushBackNotAnArray);
     }
     return copy;
 }
@@ -54,8 +54,8 @@ JSONObjPtr ChangeAt(const JSONObjPtr& json, unsigned long long index, const JSON
         change(*array, static_cast<unsigned long>(index), element->Value());
     } else {
         Report(context, Virelo::eSeverityRecoverable, kErrorException,
-               std::string("Couldn't ") + what + " element at position " + std::to_string(index) +
-                   ", JSON object is not an array");
+               std::string("Couldn't ") + what + " element at position " + std::to_string(index) + ", " +
+                   Texts::kNotAnArray);
     }
     return copy;
 }
@@ -98,11 +98,11 @@ JSONObjPtr JsonArrayAt(const JSONObjPtr& json, unsigned long index, IContext* co
     const JsonArray* array = AsArray(json->Value());
     if (!array) return result;
     if (index >= array->Size()) {
-        Report(context, Virelo::eSeveritySevere, kErrorException, "Index is out of bounds");
+        Report(context, Virelo::eSeveritySevere, kErrorException, Texts::kIndexOutOfBounds);
     } else if (JsonAutoRefPtr<JsonValue> element = array->AtIndex(index)) {
         result->SetValue(std::move(element)); // shared with the array
     } else {
-        Report(context, Virelo::eSeveritySevere, kErrorException, "Error while accessing element at given index");
+        Report(context, Virelo::eSeveritySevere, kErrorException, kAccessingElement);
     }
     return result;
 }
@@ -125,11 +125,11 @@ JSONObjPtr JsonArrayAppendJSON(const JSONObjPtr& json, const JSONObjPtr& value, 
 
 JSONObjPtr JsonArrayRemove(const JSONObjPtr& json, unsigned long index, IContext* context) {
     JSONObjPtr copy = CopyOf(json);
-    std::string message = "Couldn't remove element at position " + std::to_string(index);
+    std::string message = Texts::kRemoveElementAt + std::to_string(index);
     if (JsonArray* array = AsArray(copy->Value())) {
         if (array->Erase(index, 1) == 1) return copy;
     } else {
-        message += ", JSON object is not an array";
+        message += std::string(", ") + Texts::kNotAnArray;
     }
     Report(context, Virelo::eSeverityRecoverable, kErrorException, message);
     return copy;
@@ -154,7 +154,7 @@ JSONObjPtr JsonArrayReplaceAtJSON(const JSONObjPtr& json, unsigned long long ind
 JSONObjPtr UnionArrays(const JSONObjPtr& first, const JSONObjPtr& second, IContext* context) {
     const JsonArray* other = AsArray(second->Value());
     if (!AsArray(first->Value()) || !other) {
-        Report(context, Virelo::eSeveritySevere, kErrorException, "Given JSON is not a JSON array");
+        Report(context, Virelo::eSeveritySevere, kErrorException, kNotAJsonArray);
         return nullptr; // no copy was made yet
     }
     JSONObjPtr copy = CopyOf(first);

@@ -23,10 +23,6 @@ namespace JsonModule {
 
 namespace {
 
-const std::string kCantSet = "Can't set key/value pair into JSON";
-const std::string kNotAnObject = "Can't set key/value pair into JSON, JSON element is not a JSON object";
-const std::string kInvalidKey = "Can't set key/value pair into JSON, JSON key is not a valid UTF8-string";
-
 /// The member `key` of an object or compiled object, without a reference; null otherwise.
 JsonValue* FindMember(const JsonValue* value, const std::string& key) {
     if (!value) return nullptr;
@@ -51,14 +47,13 @@ JSONObjPtr SetValue(const JSONObjPtr& json, const std::string& key, const T& val
     JSONObjPtr copy = CopyOf(json);
     std::string message;
     if (!copy->Value()) {
-        message = kCantSet;
+        message = Texts::kCantSet;
     } else if (JsonObject* object = ObjectForSetting(copy)) {
         if (!InsertValue_internal(object, key, value)) {
-            message = JsonValue::IsUTF8(key) ? kCantSet + ", value for key \"" + key + "\" is not a valid UTF8-string"
-                                             : kInvalidKey;
+            message = JsonValue::IsUTF8(key) ? Texts::CantSetInvalidValue(key) : Texts::kCantSetInvalidKey;
         }
     } else {
-        message = kNotAnObject;
+        message = Texts::kCantSetNotAnObject;
     }
     if (!message.empty()) Report(context, Virelo::eSeveritySevere, kErrorException, message);
     return copy;
@@ -67,17 +62,17 @@ JSONObjPtr SetValue(const JSONObjPtr& json, const std::string& key, const T& val
 template <class Vector>
 JSONObjPtr SetArray(const JSONObjPtr& json, const std::string& key, const Vector& vector, IContext* context) {
     if (!vector) {
-        Report(context, Virelo::eSeverityRecoverable, kErrorNoObject, "No value given!");
+        Report(context, Virelo::eSeverityRecoverable, kErrorNoObject, kNoValueGiven);
         return nullptr;
     }
     JSONObjPtr copy = CopyOf(json);
     JsonObject* object = ObjectForSetting(copy);
     if (!object) {
-        Report(context, Virelo::eSeverityRecoverable, kErrorException, kNotAnObject);
+        Report(context, Virelo::eSeverityRecoverable, kErrorException, Texts::kCantSetNotAnObject);
         return nullptr;
     }
     if (!object->InsertValue(key, CreateJSONObject_internal(vector), false)) {
-        Report(context, Virelo::eSeverityRecoverable, kErrorException, kInvalidKey);
+        Report(context, Virelo::eSeverityRecoverable, kErrorException, Texts::kCantSetInvalidKey);
         return nullptr;
     }
     return copy;
@@ -160,11 +155,11 @@ JSONObjPtr SetNull(const JSONObjPtr& json, const std::string& key, IContext* con
     JSONObjPtr copy = CopyOf(json);
     JsonObject* object = ObjectForSetting(copy); // no value counts as "not an object"
     if (!object) {
-        Report(context, Virelo::eSeveritySevere, kErrorException, kNotAnObject);
+        Report(context, Virelo::eSeveritySevere, kErrorException, Texts::kCantSetNotAnObject);
         return nullptr;
     }
     if (!object->InsertNull(key, false)) {
-        Report(context, Virelo::eSeveritySevere, kErrorException, kInvalidKey);
+        Report(context, Virelo::eSeveritySevere, kErrorException, Texts::kCantSetInvalidKey);
         return nullptr;
     }
     return copy;

@@ -8,6 +8,7 @@
 #include "module/FunctionTable.h"
 #include "module/ModuleExport.h"
 #include "module/ScriptFunctions.h"
+#include "host/FixedTexts.h"
 
 #include <string>
 
@@ -15,7 +16,7 @@ namespace JsonModule {
 namespace {
 
 template <class T> struct ScriptType;
-template <> struct ScriptType<JSONObjPtr> { static constexpr const char* kName = "JSON"; };
+template <> struct ScriptType<JSONObjPtr> { static constexpr const char* kName = Virelo::Texts::kTypeName; };
 template <> struct ScriptType<std::string> { static constexpr const char* kName = "STRING"; };
 template <> struct ScriptType<double> { static constexpr const char* kName = "NUMBER"; };
 template <> struct ScriptType<unsigned long> { static constexpr const char* kName = "NUMBER"; };
@@ -62,7 +63,7 @@ std::string sInfo = BuildDefinition();
 
 // MARK: - Metadata exports
 
-VIRELO_JSON_API const char* GetVireloModuleName() { return "JSON"; }
+VIRELO_JSON_API const char* GetVireloModuleName() { return Virelo::Texts::kTypeName; }
 VIRELO_JSON_API const char* GetModuleVersion() { return "1.16.0.0"; }
 VIRELO_JSON_API const char* GetSupportedPlatforms() { return "linux,mac,windows"; }
 VIRELO_JSON_API const char* GetState() { return "stable"; }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/CallForwarding.h"
+#include "host/FixedTexts.h"
 #include "host/JSONObj.h"
 #include "host/VireloInterfaces.h"
 #include "json/JsonValue.h"
@@ -18,23 +19,27 @@ using Virelo::JSONObjPtr;
 using Virelo::NumberVectorPtr;
 using Virelo::StringVectorPtr;
 
+// The texts the module shares with the host binding (error ids, messages of failures that both
+// report) are in host/FixedTexts.h; these are the module's own.
+namespace Texts = Virelo::Texts;
+using Texts::kErrorException;
+using Texts::kErrorNoObject;
+using Texts::kErrorParse;
+using Texts::kErrorWrongPath;
+
 /// The module's type name, also the source of every error report.
-inline const char* const kJSONName = "JSON";
+inline const char* const kJSONName = Texts::kSourceJSON;
 inline const std::string kReason_NoJSONObjectGiven = "No JSON object given!";
+inline const char* const kNoValueGiven = "No value given!";
+inline const char* const kUnknownNumberFormat = "Unknown number format!";
+inline const char* const kNotAJsonArray = "Given JSON is not a JSON array";
+inline const char* const kAccessingElement = "Error while accessing element at given index";
+inline const char* const kCannotRetrieveFromPath = "Couldn't retrieve JSON element from path ";
 inline const std::string kFormatDouble = "double";
 inline const std::string kFormatInt64 = "int64";
 inline const std::string kFormatUInt64 = "uint64";
 inline const std::string kFormatInt32 = "int32";
 inline const std::string kFormatUInt32 = "uint32";
-inline const std::string kType = "type";
-inline const std::string kJSON = "JSON";
-inline const std::string kValue = "value";
-
-// Error ids reported to scripts.
-inline const char* const kErrorNoObject = "Error.JSON.NoObject";
-inline const char* const kErrorParse = "Error.JSON.Parse";
-inline const char* const kErrorWrongPath = "Error.JSON.WrongPath";
-inline const char* const kErrorException = "Error.JSON.Exception";
 
 /// The host's type id of "JSON", asked once (thread-safe) and kept for the module's life.
 unsigned int JsonTypeId(IContext* context);

@@ -75,7 +75,7 @@ public:
                           : "JSON path " + *fText + " with array index which is out of bounds!";
     }
     std::string CannotRetrieve() const {
-        return "Couldn't retrieve JSON element from path " + (IsVector() ? fSegment : *fText);
+        return kCannotRetrieveFromPath + (IsVector() ? fSegment : *fText);
     }
 
 private:
@@ -163,9 +163,8 @@ JSONObjPtr Change(const JSONObjPtr& json, Path path, const T& value, IContext* c
                 refused = !SetMember(object, segment, value);
                 if (refused)
                     error = JsonValue::IsUTF8(segment)
-                                ? "Can't set key/value pair into JSON, value for key \"" + segment +
-                                      "\" is not a valid UTF8-string"
-                                : "Can't set key/value pair into JSON, JSON key is not a valid UTF8-string";
+                                ? Texts::CantSetInvalidValue(segment)
+                                : std::string(Texts::kCantSetInvalidKey);
                 break;
             }
             node = object.Find(segment);

@@ -23,8 +23,7 @@ JSONObjPtr WithNumberFormat(double number, const std::string& format, IContext* 
     if (format == kFormatInt64 || format == kFormatInt32) return apply(NumberToSigned(number));
     if (format == kFormatUInt64 || format == kFormatUInt32)
         return apply(Virelo::NumberToUnsigned(number));
-    static const std::string kUnknownFormat = "Unknown number format!";
-    Report(context, Virelo::eSeverityRecoverable, kErrorNoObject, kUnknownFormat);
+    Report(context, Virelo::eSeverityRecoverable, kErrorNoObject, kUnknownNumberFormat);
     return nullptr;
 }
 

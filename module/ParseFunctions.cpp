@@ -6,7 +6,7 @@
 // - JSON.FromMsgPack reports nothing: undecodable bytes give a JSON holding no value.
 // - Parsed objects keep their member order.
 #include "host/Data.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 #include "module/ScriptFunctions.h"
 
 namespace JsonModule {
@@ -54,8 +54,7 @@ JSONObjPtr StringToJsonImpl(const std::string& text, bool ignoreErrors, IContext
     }
     if (ignoreErrors) return json;
     // Deliberate: the line is the count of line breaks before the error (line 0 first).
-    Report(context, Virelo::eSeveritySevere, kErrorParse,
-           "JSON parse error in line " + std::to_string(ctx.fLine) + ": " + ctx.fError);
+    Report(context, Virelo::eSeveritySevere, kErrorParse, Texts::ParseErrorMessage(ctx));
     return nullptr;
 }
 

@@ -1,6 +1,7 @@
 // The imported host functions and their handle cache.
 #include "host/ijson/ImportedFunctions.h"
 #include "host/ijson/WrapperSupport.h"
+#include "host/FixedTexts.h"
 
 #include <initializer_list>
 #include <mutex>
@@ -26,7 +27,7 @@ public:
         IModuleInfo* moduleInfo = nullptr;
         const VireloFunction function = Resolve(context, moduleInfo);
         if (!function) {
-            context.TriggerErrorHandler(eSeveritySevere, "Virelo", "Error.Virelo.InvalidFunction",
+            context.TriggerErrorHandler(eSeveritySevere, Texts::kSourceVirelo, Texts::kErrorInvalidFunction,
                                         "Imported Virelo function " + fName + " (imported as " +
                                             fAlias + ") doesn't exist!");
             return nullptr;
@@ -55,7 +56,7 @@ public:
                 message = "runtime error from function '" + fName + "'";
                 break;
             }
-            context.TriggerErrorHandler(eSeveritySevere, "Virelo", "Error.Virelo.InvalidArgument",
+            context.TriggerErrorHandler(eSeveritySevere, Texts::kSourceVirelo, Texts::kErrorInvalidArgument,
                                         message);
             return nullptr;
         }
@@ -82,7 +83,7 @@ private:
     void LogTrouble(IContext& context, const std::string& state) {
         const std::string text = "Error calling imported Virelo function " + fName +
                                  " (imported as " + fAlias + ")" + state + context.PrintCallStack();
-        context.DebugLog("Virelo", kCallTroubleLogLevel, text.c_str());
+        context.DebugLog(Texts::kSourceVirelo, kCallTroubleLogLevel, text.c_str());
     }
 
     const std::string fName;
@@ -100,7 +101,7 @@ private:
 AutoRefPtr<IUserDefinedType> ObjectOf(const AutoRefPtr<IVariant>& result, IContext& context) {
     AutoRefPtr<IUserDefinedType> object(result->Interface_GetUserDefined());
     if (object) return object;
-    const unsigned int typeId = context.Interface_GetTypeId("JSON");
+    const unsigned int typeId = context.Interface_GetTypeId(Texts::kTypeName);
     if (!typeId) return nullptr;
     AutoRefPtr<ITypeObject> type(context.Interface_GetTypeObject(typeId));
     return type ? AutoRefPtr<IUserDefinedType>(type->Interface_CreateInstance()) : nullptr;

@@ -1,5 +1,6 @@
 // JSONData: the document, its error state, text output, scalar conversions and the path walk.
 #include "host/ijson/JSONData.h"
+#include "host/FixedTexts.h"
 
 #include "json/JsonArray.h"
 #include "json/JsonObject.h"
@@ -39,7 +40,7 @@ JSONData::JSONData(const JSONData* source) {
     if (!source) {
         fValue = JsonAutoRefPtr<JsonValue>(new JsonNull());
         fErrorStatus = EJsonErrorStatus::Error;
-        fErrorMessage = "Can't copy NULL object";
+        fErrorMessage = Texts::kCantCopyNull;
         return;
     }
     // The tree is copied without a lock (it is never locked); only the error state is read
@@ -176,13 +177,13 @@ JsonAutoRefPtr<JsonValue> JSONData::FindNodePath(const JsonAutoRefPtr<JsonValue>
         if (type == JsonValue::eJsonObject) {
             node = static_cast<const JsonObject&>(*node).At(step);
             if (!node) {
-                SetError("Error while fetching subnode");
+                SetError(Texts::kFetchingSubnode);
                 return nullptr;
             }
         } else if (type == JsonValue::eJsonArray) {
             if (step.empty()) continue; // "a//b": an empty step stays on the array
             if (step[0] < '0' || step[0] > '9') {
-                SetWarning("Couldn't find JSON node, array index is not a number");
+                SetWarning(Texts::kIndexNotANumber);
                 return nullptr;
             }
             const auto& array = static_cast<const JsonArray&>(*node);
@@ -191,17 +192,17 @@ JsonAutoRefPtr<JsonValue> JSONData::FindNodePath(const JsonAutoRefPtr<JsonValue>
             // the element count it is compared with. strtol cannot throw, whatever the step.
             const auto index = static_cast<int32_t>(std::strtol(step.c_str(), nullptr, 10));
             if (index < 0 || index >= static_cast<int32_t>(array.Size())) {
-                SetWarning("Couldn't find JSON node, array index out of bounds");
+                SetWarning(Texts::kIndexOutOfRange);
                 return nullptr;
             }
             node = array.AtIndex(static_cast<unsigned long>(index));
             if (!node) {
-                SetError("Error while fetching array subnode");
+                SetError(Texts::kFetchingArraySubnode);
                 return nullptr;
             }
         } else {
             // Deliberate: compiled objects are not entered by this walk, like scalars.
-            SetWarning("Couldn't find JSON node, JSON subnode not found");
+            SetWarning(Texts::kSubnodeNotFound);
             return nullptr;
         }
     }

@@ -139,7 +139,6 @@ void JSONWrapper::ToJSONString(const AutoRefPtr<JSONWrapper>& json, std::string&
 
 void JSONWrapper::ToJSONString(const JSONWrapper& json, std::string& out, const char* format) {
     Guarded(json.fData.get(), false, [&](JSONData& data) {
-        data.ClearError();
         data.ToString(out, format);
         return true;
     });
@@ -156,7 +155,6 @@ AutoRefPtr<IDataRef> JSONWrapper::ToMsgPack(const JSONWrapper& json) {
 
 bool JSONWrapper::FromMsgPack(const AutoRefPtr<IDataRef>& data) {
     return Guarded(fData.get(), false, [&](JSONData& document) {
-        document.ClearError();
         const auto failed = [&document] {
             document.SetError("reading from MsgPack failed");
             return false;

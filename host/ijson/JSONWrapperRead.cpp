@@ -17,13 +17,14 @@
 // - IsObject is 0 for a compiled object, although Get finds its members.
 #include "host/ijson/JSONWrapper.h"
 #include "host/ijson/WrapperSupport.h"
+#include "host/FixedTexts.h"
 
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
 #include "json/JsonEquality.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
-#include "json/text/ParserContext.h"
+#include "json/ParserContext.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -89,7 +90,6 @@ template <class Convert>
 unsigned char GetMember(JSONData* state, const JsonAutoRefPtr<JsonValue>& root, const char* key,
                         const void* out, EJsonErrorStatus missingStatus, Convert&& convert) {
     return Guarded(state, kNo, [&](JSONData& data) {
-        data.ClearError();
         if (!key || !out || !root) return kNo;
         const JsonAutoRefPtr<JsonValue> member = MemberForGetter(data, *root, key, missingStatus, "");
         if (!member) return kNo;
@@ -126,7 +126,7 @@ IJSON* FirstElementMatching(JSONData& data, const JsonAutoRefPtr<JsonValue>& roo
                             bool haveValue, Match&& match) {
     if (!root) return nullptr;
     if (!key || !haveValue || root->GetType() != JsonValue::eJsonArray) {
-        data.SetWarning("JSON object is not an array");
+        data.SetWarning(Texts::kNotAnArray);
         return nullptr;
     }
     const std::string name(key);
@@ -158,7 +158,7 @@ bool JSONWrapper::Parse(JSONData& data, const std::string& text, bool keepOrder)
     JsonAutoRefPtr<JsonValue> parsed = JsonValue::ReadFromString(text, &ctx, nullptr);
     if (!parsed) {
         // fLine counts the line breaks before the error: the first line is line 0.
-        data.SetError("JSON parse error in line " + std::to_string(ctx.fLine) + ": " + ctx.fError);
+        data.SetError(Texts::ParseErrorMessage(ctx));
         return false;
     }
     data.fValue = std::move(parsed);
@@ -167,7 +167,6 @@ bool JSONWrapper::Parse(JSONData& data, const std::string& text, bool keepOrder)
 
 bool JSONWrapper::ParseDirect(const std::string& text, bool keepOrder) {
     return Guarded(fData.get(), false, [&](JSONData& data) {
-        data.ClearError();
         return Parse(data, text, keepOrder);
     });
 }
@@ -176,15 +175,13 @@ bool JSONWrapper::ParseDirect(const std::string& text, bool keepOrder) {
 
 unsigned char JSONWrapper::Interface_Parse(const char* text) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         if (!text) return kYes;
         return Parse(data, text, true) ? kYes : kNo;
     });
 }
 
 unsigned char JSONWrapper::Interface_LessThan(const IJSON* other) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
+    return Guarded(fData.get(), kNo, [&](JSONData&) {
         const JSONWrapper* theirs = Own(other);
         const JsonAutoRefPtr<JsonValue> mine = Root();
         const JsonAutoRefPtr<JsonValue> their = theirs ? theirs->Root() : nullptr;
@@ -197,8 +194,7 @@ unsigned char JSONWrapper::Interface_LessThan(const IJSON* other) const {
 }
 
 unsigned char JSONWrapper::Interface_Equals(const IJSON* other) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
+    return Guarded(fData.get(), kNo, [&](JSONData&) {
         const JSONWrapper* theirs = Own(other);
         const JsonAutoRefPtr<JsonValue> mine = Root();
         const JsonAutoRefPtr<JsonValue> their = theirs ? theirs->Root() : nullptr;
@@ -210,7 +206,6 @@ unsigned char JSONWrapper::Interface_Equals(const IJSON* other) const {
 unsigned long long JSONWrapper::Interface_ToString(const char* format, char* buffer,
                                                    unsigned long long size) const {
     return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
-        data.ClearError();
         if (!data.fValue) return 0;
         std::string text;
         data.ToString(text, format);
@@ -228,7 +223,6 @@ unsigned long long JSONWrapper::Interface_ToCachedString(const char* format, cha
 
 IJSON* JSONWrapper::Interface_FindNodePath(const char* path) const {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) -> IJSON* {
-        data.ClearError();
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!path || !root) return nullptr;
         return WrapNode(data.FindNodePath(root, path));
@@ -237,7 +231,6 @@ IJSON* JSONWrapper::Interface_FindNodePath(const char* path) const {
 
 IJSON* JSONWrapper::Interface_ElementMatchingString(const char* key, const char* value) const {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) {
-        data.ClearError();
         const size_t length = value ? std::strlen(value) : 0;
         return FirstElementMatching(
             data, Root(), key, value != nullptr, [&](const JsonValue& member) {
@@ -250,7 +243,6 @@ IJSON* JSONWrapper::Interface_ElementMatchingString(const char* key, const char*
 
 IJSON* JSONWrapper::Interface_ElementMatchingDouble(const char* key, double value) const {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) {
-        data.ClearError();
         return FirstElementMatching(data, Root(), key, true, [value](const JsonValue& member) {
             return Matches(member, value);
         });
@@ -258,8 +250,7 @@ IJSON* JSONWrapper::Interface_ElementMatchingDouble(const char* key, double valu
 }
 
 unsigned long long JSONWrapper::Interface_Size() const {
-    return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
-        data.ClearError();
+    return Guarded(fData.get(), 0ULL, [&](JSONData&) -> unsigned long long {
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!root) return 0;
         switch (root->GetType()) {
@@ -276,8 +267,7 @@ unsigned long long JSONWrapper::Interface_Size() const {
 }
 
 unsigned char JSONWrapper::Interface_Empty() const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
+    return Guarded(fData.get(), kNo, [&](JSONData&) {
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!root) return kYes;
         bool empty = false;
@@ -311,7 +301,6 @@ unsigned long long JSONWrapper::Interface_GetString(const char* key, char* buffe
                                                     unsigned char* found) const {
     if (found) *found = kNo;
     return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
-        data.ClearError();
         const JsonAutoRefPtr<JsonValue> root = Root();
         // A null output buffer is a null argument like any other: 0 at once, no size is
         // reported. The found flag is optional.
@@ -434,7 +423,6 @@ unsigned char JSONWrapper::Interface_GetBoolean(const char* key, unsigned char* 
 
 IJSON* JSONWrapper::Interface_Get(const char* key) const {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) -> IJSON* {
-        data.ClearError();
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!key || !root) return nullptr;
         if (!IsObjectType(root->GetType())) {
@@ -446,8 +434,7 @@ IJSON* JSONWrapper::Interface_Get(const char* key) const {
 }
 
 unsigned char JSONWrapper::Interface_Has(const char* text) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
+    return Guarded(fData.get(), kNo, [&](JSONData&) {
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!text || !root) return kNo;
         if (IsObjectType(root->GetType())) return LookupMember(*root, text) ? kYes : kNo;
@@ -467,12 +454,11 @@ unsigned char JSONWrapper::Interface_Has(const char* text) const {
 
 IJSON* JSONWrapper::Interface_At(unsigned long long index) const {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) -> IJSON* {
-        data.ClearError();
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!root || root->GetType() != JsonValue::eJsonArray) return nullptr;
         const auto& array = static_cast<const JsonArray&>(*root);
         if (index >= array.Size()) {
-            data.SetError("Index is out of bounds");
+            data.SetError(Texts::kIndexOutOfBounds);
             return nullptr;
         }
         return WrapNode(array.AtIndex(static_cast<unsigned long>(index)));
@@ -482,8 +468,7 @@ IJSON* JSONWrapper::Interface_At(unsigned long long index) const {
 // MARK: - The root as a scalar
 
 unsigned char JSONWrapper::Interface_AsBool(unsigned char* out) const {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
+    return Guarded(fData.get(), kNo, [&](JSONData&) {
         const JsonAutoRefPtr<JsonValue> root = Root();
         if (!out || !root) return kNo;
         *out = kNo;
@@ -500,7 +485,6 @@ template <class T>
 unsigned char ConvertRoot(JSONData* data, T* out,
                           bool (*convert)(const JsonAutoRefPtr<JsonValue>&, T&)) noexcept {
     return Guarded(data, kNo, [&](JSONData& document) {
-        document.ClearError();
         const JsonAutoRefPtr<JsonValue> root = document.fValue;
         if (!out || !root) return kNo;
         *out = T();
@@ -528,8 +512,7 @@ unsigned char JSONWrapper::Interface_AsUInt64(unsigned long long* out) const {
 unsigned long long JSONWrapper::Interface_AsString(char* buffer, unsigned long long size,
                                                    unsigned char* copied) const {
     if (copied) *copied = kNo;
-    return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
-        data.ClearError();
+    return Guarded(fData.get(), 0ULL, [&](JSONData&) -> unsigned long long {
         const JsonAutoRefPtr<JsonValue> root = Root();
         // The buffer and the copied flag are both outputs: either one null gives 0 at once.
         if (!buffer || !copied || !root) return 0;
@@ -546,7 +529,6 @@ namespace {
 /// The body of the type tests: 0 without a root.
 template <class Test> unsigned char TestRoot(JSONData* data, Test&& test) noexcept {
     return Guarded(data, kNo, [&](JSONData& document) {
-        document.ClearError();
         const JsonAutoRefPtr<JsonValue> root = document.fValue;
         return root && test(*root) ? kYes : kNo;
     });
@@ -605,22 +587,21 @@ unsigned char JSONWrapper::Interface_IsObject() const {
 // MARK: - Clone and the error state
 
 IJSON* JSONWrapper::Interface_Clone() const {
-    return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) -> IJSON* {
-        data.ClearError();
+    return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData&) -> IJSON* {
         return new JSONWrapper(*this);
     });
 }
 
 unsigned int JSONWrapper::Interface_GetErrorStatus() const {
     // Without a document the status is Error.
-    return Guarded(fData.get(), static_cast<unsigned int>(EJsonErrorStatus::Error),
+    return GuardedKeepingError(fData.get(), static_cast<unsigned int>(EJsonErrorStatus::Error),
                    [](JSONData& data) { return data.GetErrorStatus(); });
 }
 
 unsigned long long JSONWrapper::Interface_GetErrorMessage(char* buffer, unsigned long long size,
                                                           unsigned char* copied) const {
     if (copied) *copied = kNo;
-    return Guarded(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
+    return GuardedKeepingError(fData.get(), 0ULL, [&](JSONData& data) -> unsigned long long {
         const std::string message = data.GetErrorMessage();
         if (CopyWithNul(message, buffer, size) && copied) *copied = kYes;
         return message.size() + 1;

@@ -19,6 +19,7 @@
 #include "host/ijson/WrapperSupport.h"
 
 #include "host/StringHelpers.h"
+#include "host/FixedTexts.h"
 #include "json/JsonArray.h"
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
@@ -38,21 +39,19 @@ namespace {
 constexpr unsigned char kNo = 0;
 constexpr unsigned char kYes = 1;
 
-const char* const kCantSet = "Can't set key/value pair into JSON";
-
 /// The common body of the member setters. `insert` stores the value into the root object and
 /// reports whether the object took it; `refused` gives the message for a refusal.
 template <class Insert, class Refused>
 unsigned char SetMember(JSONData& data, const char* key, Insert&& insert, Refused&& refused) {
     if (!key || !data.fValue) {
-        data.SetError(kCantSet);
+        data.SetError(Texts::kCantSet);
         return kNo;
     }
     // Setting a member on a null document makes it an object.
     if (data.fValue->GetType() == JsonValue::eJsonNull)
         data.fValue = JsonAutoRefPtr<JsonValue>(new JsonObject());
     if (data.fValue->GetType() != JsonValue::eJsonObject) {
-        data.SetError(std::string(kCantSet) + ", JSON element is not a JSON object");
+        data.SetError(Texts::kCantSetNotAnObject);
         return kNo;
     }
     if (!insert(static_cast<JsonObject&>(*data.fValue), std::string(key))) {
@@ -63,14 +62,38 @@ unsigned char SetMember(JSONData& data, const char* key, Insert&& insert, Refuse
 }
 
 std::string KeyRefused() {
-    return std::string(kCantSet) + ", JSON key is not a valid UTF8-string";
+    return Texts::kCantSetInvalidKey;
+}
+
+// The scalar inserts, one per kind of value the setters take.
+bool Insert(JsonObject& object, std::string&& key, bool value) {
+    return object.InsertBool(std::move(key), value, false);
+}
+bool Insert(JsonObject& object, std::string&& key, double value) {
+    return object.InsertReal(std::move(key), value, false);
+}
+bool Insert(JsonObject& object, std::string&& key, long long value) {
+    return object.InsertInteger(std::move(key), value, false);
+}
+bool Insert(JsonObject& object, std::string&& key, unsigned long long value) {
+    return object.InsertInteger(std::move(key), value, false);
+}
+
+/// The one frame of the scalar member setters (SetBool to SetUInt64).
+template <class T> unsigned char SetScalar(JSONData* document, const char* key, T value) {
+    return Guarded(document, kNo, [&](JSONData& data) {
+        return SetMember(
+            data, key,
+            [&](JsonObject& object, std::string&& name) { return Insert(object, std::move(name), value); },
+            KeyRefused);
+    });
 }
 
 /// The common body of the scalar appends.
 template <class Append> unsigned char PushBack(JSONData& data, Append&& append) {
     if (!data.fValue) return kNo;
     if (data.fValue->GetType() != JsonValue::eJsonArray) {
-        data.SetWarning("Couldn't push back to JSON array, JSON object is not an array");
+        data.SetWarning(Texts::kPushBackNotAnArray);
         return kNo;
     }
     return append(static_cast<JsonArray&>(*data.fValue)) ? kYes : kNo;
@@ -127,80 +150,31 @@ constexpr size_t kCallbackErrorSize = 1024;
 // MARK: - Member setters
 
 unsigned char JSONWrapper::Interface_SetBool(const char* key, unsigned char value) {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        return SetMember(
-            data, key,
-            [&](JsonObject& o, std::string&& k) {
-                return o.InsertBool(std::move(k), value != 0, false);
-            },
-            KeyRefused);
-    });
+    return SetScalar(fData.get(), key, value != 0);
 }
 
 unsigned char JSONWrapper::Interface_SetDouble(const char* key, double value) {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        return SetMember(
-            data, key,
-            [&](JsonObject& o, std::string&& k) {
-                return o.InsertReal(std::move(k), value, false);
-            },
-            KeyRefused);
-    });
+    return SetScalar(fData.get(), key, value);
 }
 
 unsigned char JSONWrapper::Interface_SetInt(const char* key, int value) {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        return SetMember(
-            data, key,
-            [&](JsonObject& o, std::string&& k) {
-                return o.InsertInteger(std::move(k), static_cast<long long>(value), false);
-            },
-            KeyRefused);
-    });
+    return SetScalar(fData.get(), key, static_cast<long long>(value));
 }
 
 unsigned char JSONWrapper::Interface_SetUInt(const char* key, unsigned int value) {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        return SetMember(
-            data, key,
-            [&](JsonObject& o, std::string&& k) {
-                return o.InsertInteger(std::move(k), static_cast<long long>(value), false);
-            },
-            KeyRefused);
-    });
+    return SetScalar(fData.get(), key, static_cast<long long>(value));
 }
 
 unsigned char JSONWrapper::Interface_SetInt64(const char* key, long long value) {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        return SetMember(
-            data, key,
-            [&](JsonObject& o, std::string&& k) {
-                return o.InsertInteger(std::move(k), value, false);
-            },
-            KeyRefused);
-    });
+    return SetScalar(fData.get(), key, value);
 }
 
 unsigned char JSONWrapper::Interface_SetUInt64(const char* key, unsigned long long value) {
-    return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
-        return SetMember(
-            data, key,
-            [&](JsonObject& o, std::string&& k) {
-                return o.InsertInteger(std::move(k), value, false);
-            },
-            KeyRefused);
-    });
+    return SetScalar(fData.get(), key, value);
 }
 
 unsigned char JSONWrapper::Interface_SetString(const char* key, const char* value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         if (!value) return kNo;
         return SetMember(
             data, key,
@@ -209,22 +183,16 @@ unsigned char JSONWrapper::Interface_SetString(const char* key, const char* valu
             },
             [&] {
                 const std::string name(key);
-                std::string message = std::string(kCantSet) + ", ";
-                if (JsonValue::IsUTF8(name)) {
-                    message += "value for key \"" + name + "\" is not a valid UTF8-string";
-                } else {
-                    message += "key and/or value is not a valid UTF8-string";
-                }
-                return message;
+                return JsonValue::IsUTF8(name) ? Texts::CantSetInvalidValue(name)
+                                               : std::string(Texts::kCantSetInvalidKeyOrValue);
             });
     });
 }
 
 unsigned char JSONWrapper::Interface_SetJSON(const char* key, const IJSON* value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         if (!value) { // a null document is treated like a null key
-            data.SetError(kCantSet);
+            data.SetError(Texts::kCantSet);
             return kNo;
         }
         const JSONWrapper* other = Own(value);
@@ -241,7 +209,6 @@ unsigned char JSONWrapper::Interface_SetJSON(const char* key, const IJSON* value
 
 unsigned char JSONWrapper::Interface_SetNull(const char* key) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         return SetMember(
             data, key,
             [&](JsonObject& o, std::string&& k) { return o.InsertNull(std::move(k), false); },
@@ -253,7 +220,6 @@ unsigned char JSONWrapper::Interface_SetNull(const char* key) {
 
 unsigned char JSONWrapper::Interface_PushBackBool(unsigned char value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         return PushBack(data, [&](JsonArray& array) {
             array.AddBool(value != 0);
             return true;
@@ -263,10 +229,9 @@ unsigned char JSONWrapper::Interface_PushBackBool(unsigned char value) {
 
 unsigned char JSONWrapper::Interface_PushBackString(const char* value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         return PushBack(data, [&](JsonArray& array) {
             if (!value) {
-                data.SetWarning("Couldn't push back invalid value to JSON array");
+                data.SetWarning(Texts::kPushBackInvalidValue);
                 return false;
             }
             // Text that is not valid UTF-8 is stored as the empty string; not reported.
@@ -278,7 +243,6 @@ unsigned char JSONWrapper::Interface_PushBackString(const char* value) {
 
 unsigned char JSONWrapper::Interface_PushBackDouble(double value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         return PushBack(data, [&](JsonArray& array) {
             array.AddReal(value);
             return true;
@@ -288,11 +252,10 @@ unsigned char JSONWrapper::Interface_PushBackDouble(double value) {
 
 unsigned char JSONWrapper::Interface_PushBackJSON(const IJSON* value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         const JSONWrapper* other = Own(value);
         if (!other || !data.fValue) return kNo;
         if (data.fValue->GetType() != JsonValue::eJsonArray) {
-            data.SetWarning("JSON object is not an array");
+            data.SetWarning(Texts::kNotAnArray);
             return kNo;
         }
         const JsonAutoRefPtr<JsonValue> otherRoot = other->Root();
@@ -304,11 +267,10 @@ unsigned char JSONWrapper::Interface_PushBackJSON(const IJSON* value) {
 
 unsigned char JSONWrapper::Interface_ReplaceIndex(unsigned long long index, const IJSON* value) {
     return Guarded(fData.get(), kNo, [&](JSONData& data) {
-        data.ClearError();
         const JSONWrapper* other = Own(value);
         if (!other || !data.fValue) return kNo;
         if (data.fValue->GetType() != JsonValue::eJsonArray) {
-            data.SetWarning("JSON object is not an array");
+            data.SetWarning(Texts::kNotAnArray);
             return kNo;
         }
         JsonAutoRefPtr<JsonValue> otherRoot = other->Root();
@@ -327,9 +289,8 @@ unsigned char JSONWrapper::Interface_ReplaceIndex(unsigned long long index, cons
 
 IJSON* JSONWrapper::Interface_RemoveIndex(unsigned long long index) {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) -> IJSON* {
-        data.ClearError();
         if (!data.fValue) return nullptr;
-        const std::string failed = "Couldn't remove element at position " + std::to_string(index);
+        const std::string failed = Texts::kRemoveElementAt + std::to_string(index);
         if (data.fValue->GetType() != JsonValue::eJsonArray) {
             data.SetWarning(failed + ", JSON object is not an array");
             return nullptr;
@@ -350,10 +311,9 @@ IJSON* JSONWrapper::Interface_RemoveIndex(unsigned long long index) {
 
 IJSON* JSONWrapper::Interface_RemoveKey(const char* key) {
     return Guarded(fData.get(), static_cast<IJSON*>(nullptr), [&](JSONData& data) -> IJSON* {
-        data.ClearError();
         if (!key || !data.fValue) return nullptr;
         const std::string name(key);
-        const std::string failed = "Couldn't remove element with key " + name;
+        const std::string failed = Texts::kRemoveElementWithKey + name;
         JsonValue& root = *data.fValue;
         if (!IsObjectType(root.GetType())) {
             data.SetWarning(failed + ", JSON object is not an object");
@@ -380,7 +340,7 @@ IJSON* JSONWrapper::Interface_RemoveKey(const char* key) {
 // MARK: - Iteration
 
 unsigned char JSONWrapper::Interface_ForEach(ForEachCallback callback, void* user) const {
-    return Guarded(fData.get(), kNo, [&](JSONData&) {
+    return GuardedKeepingError(fData.get(), kNo, [&](JSONData&) {
         std::vector<Child> children;
         if (!callback || !Children(Root(), children)) return kNo;
         for (Child& child : children) {
@@ -393,7 +353,7 @@ unsigned char JSONWrapper::Interface_ForEach(ForEachCallback callback, void* use
 
 unsigned char JSONWrapper::Interface_ForEach(ForEachErrorCallback callback, void* user,
                                              char* errors, unsigned int errorsSize) const {
-    return Guarded(fData.get(), kNo, [&](JSONData&) {
+    return GuardedKeepingError(fData.get(), kNo, [&](JSONData&) {
         std::vector<Child> children;
         if (!callback || !Children(Root(), children)) return kNo;
         unsigned char result = kYes;
@@ -417,7 +377,7 @@ unsigned char JSONWrapper::Interface_ForEach(ForEachErrorCallback callback, void
 
 unsigned char JSONWrapper::Interface_ForEach(ForEachContextCallback callback, void* user,
                                              IContext* context) const {
-    return Guarded(fData.get(), kNo, [&](JSONData&) {
+    return GuardedKeepingError(fData.get(), kNo, [&](JSONData&) {
         std::vector<Child> children;
         if (!callback || !Children(Root(), children)) return kNo;
         unsigned char result = kYes;
@@ -438,7 +398,7 @@ unsigned char JSONWrapper::Interface_ForEach(ForEachContextCallback callback, vo
             if (++collected == kMaxCollectedErrors) break;
         }
         if (!entries.empty())
-            context->TriggerErrorHandler(eSeveritySevere, "Virelo", "Error.Virelo.FunctionError",
+            context->TriggerErrorHandler(eSeveritySevere, Texts::kSourceVirelo, Texts::kErrorFunctionError,
                                          entries);
         return result;
     });
@@ -463,7 +423,7 @@ bool JSONWrapper::CompactTextThroughInterface(std::string& out) const {
 
 unsigned long long JSONWrapper::Interface_SerializedSize() const {
     // Only the length is needed; the error state is cleared by Interface_ToString.
-    return Guarded(fData.get(), 0ULL, [&](JSONData&) -> unsigned long long {
+    return GuardedKeepingError(fData.get(), 0ULL, [&](JSONData&) -> unsigned long long {
         char small[1024];
         const unsigned long long needed = Interface_ToString("", small, sizeof small);
         return needed == 0 ? 0 : needed - 1 + sizeof(uint64_t);
@@ -471,8 +431,7 @@ unsigned long long JSONWrapper::Interface_SerializedSize() const {
 }
 
 unsigned long long JSONWrapper::Interface_Serialize(char* buffer, unsigned long long size) const {
-    return Guarded(fData.get(), kAllOnes, [&](JSONData& data) -> unsigned long long {
-        data.ClearError();
+    return Guarded(fData.get(), kAllOnes, [&](JSONData&) -> unsigned long long {
         std::string text;
         if (!CompactTextThroughInterface(text)) return kAllOnes;
         const uint64_t length = text.size();
@@ -484,8 +443,7 @@ unsigned long long JSONWrapper::Interface_Serialize(char* buffer, unsigned long 
 }
 
 unsigned long long JSONWrapper::Interface_Deserialize(const char* data, unsigned long long size) {
-    return Guarded(fData.get(), kAllOnes, [&](JSONData& document) -> unsigned long long {
-        document.ClearError();
+    return Guarded(fData.get(), kAllOnes, [&](JSONData&) -> unsigned long long {
         uint64_t length = 0;
         if (!data || size < sizeof length) return kAllOnes;
         std::memcpy(&length, data, sizeof length);

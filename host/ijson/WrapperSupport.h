@@ -1,6 +1,6 @@
-// Helpers shared by the JSONWrapper sources: the exception guard every IJSON operation runs
-// in, member lookup on objects and compiled objects, copying text into caller buffers and
-// reading a context's error text.
+// Helpers shared by the JSONWrapper sources: the guard every IJSON operation runs in (it
+// clears the error state and keeps exceptions in), member lookup on objects and compiled
+// objects, copying text into caller buffers and reading a context's error text.
 // Internal to host/ijson.
 #pragma once
 
@@ -25,9 +25,10 @@ inline void RecordException(JSONData& data, const char* what) noexcept {
     }
 }
 
-/// Runs one IJSON operation: `failure` without a document, and on any exception (recorded
-/// in the error state), so that nothing is ever thrown across the interface.
-template <class R, class Body> R Guarded(JSONData* data, R failure, Body&& body) noexcept {
+/// Runs an IJSON operation that leaves the error state as it finds it (reading the state,
+/// iterating): `failure` without a document, and on any exception (recorded in the error
+/// state), so that nothing is ever thrown across the interface.
+template <class R, class Body> R GuardedKeepingError(JSONData* data, R failure, Body&& body) noexcept {
     if (!data) return failure;
     try {
         return body(*data);
@@ -37,6 +38,15 @@ template <class R, class Body> R Guarded(JSONData* data, R failure, Body&& body)
         RecordException(*data, "unknown exception");
     }
     return failure;
+}
+
+/// Runs one IJSON operation as GuardedKeepingError does, clearing the document's error state
+/// first: the state afterwards describes this operation alone, and no operation can forget.
+template <class R, class Body> R Guarded(JSONData* data, R failure, Body&& body) noexcept {
+    return GuardedKeepingError(data, failure, [&body](JSONData& document) -> R {
+        document.ClearError();
+        return body(document);
+    });
 }
 
 inline bool IsObjectType(JsonValue::EJsonValueType type) noexcept {
