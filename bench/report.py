@@ -57,6 +57,12 @@ SCRIPT = [
     ("ScriptSubNode", "JSON.SubNode (path items/N/name)"),
     ("ScriptSetSubNode", "JSON.SetSubNode (path meta/version, number; copies the document)"),
 ]
+FLOOD = [
+    ("FloodFromString", "JSON.FromString of the object"),
+    ("FloodFromMsgPack", "JSON.FromMsgPack of its MessagePack"),
+    ("FloodEquals", "JSON.Equals of two copies"),
+    ("FloodGet", "JSON.Get of one member"),
+]
 
 NOTES = [
     "MB/s is 10^6 bytes of the input JSON file per second of CPU time, whatever the "
@@ -94,6 +100,10 @@ NOTES = [
     "bench_memory (usable block sizes, operator new included), in a fresh process per library "
     "and input so no allocator reuses memory an earlier parse left behind. The input text "
     "itself is not counted. Lower is better.",
+    "Flooding: an object of 100,000 members whose 16-byte printable keys all share one "
+    "std::hash value (computed by inverting libstdc++'s MurmurHash-style mixing), against "
+    "random keys of the same length and bytes. The ratio is colliding over random; it must "
+    "stay a small constant (at most 3).",
     "Script calls go through vhost::Host::Call into the module library with argument and "
     "result variants made once; the JSON arguments come from one JSON.FromString call. "
     "ns per call is CPU time; the round trip row is one pair of calls.",
@@ -419,6 +429,22 @@ def main():
                 cells.append(f"{fmt(s[0], 0)} / {fmt(s[1], 0)}" if s else "")
             if any(cells):
                 w(f"| {title} | " + " | ".join(c or "–" for c in cells) + " |")
+
+    flood = [k for k in runs if k[0].startswith("Flood") and k[1].endswith("-100k")]
+    if flood:
+        w("")
+        w("## Flooding: 100,000 keys with one std::hash value")
+        w("")
+        w("ns per call (CPU time), best / median; the ratio compares the best times.")
+        w("")
+        w("| Call | colliding keys | random keys | colliding / random |")
+        w("|---|---:|---:|---:|")
+        for measurement, title in FLOOD:
+            hit = ns_per_call(runs.get((measurement, "colliding-100k", OURS), []))
+            calm = ns_per_call(runs.get((measurement, "random-100k", OURS), []))
+            if hit and calm:
+                w(f"| {title} | {fmt(hit[0], 0)} / {fmt(hit[1], 0)} | {fmt(calm[0], 0)} / "
+                  f"{fmt(calm[1], 0)} | {hit[0] / calm[0]:.2f} |")
 
     w("")
     w("## How the figures are made")

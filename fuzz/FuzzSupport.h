@@ -117,8 +117,8 @@ inline size_t Depth(const JsonValue& root) {
         if (!node) continue;
         if (depth > deepest) deepest = depth;
         if (node->GetType() == JsonValue::eJsonObject) {
-            for (const auto& member : static_cast<const JsonObject&>(*node).Members())
-                pending.emplace_back(member.second.second, depth + 1);
+            for (const JsonObject::Member& member : static_cast<const JsonObject&>(*node).Members())
+                pending.emplace_back(member.fValue, depth + 1);
         } else if (node->GetType() == JsonValue::eJsonArray) {
             for (const JsonValue* element : static_cast<const JsonArray&>(*node).Elements())
                 pending.emplace_back(element, depth + 1);
@@ -202,9 +202,9 @@ inline TreeFacts Inspect(const JsonValue& root) {
             break;
         }
         case JsonValue::eJsonObject:
-            for (const auto& member : static_cast<const JsonObject&>(*node).Members()) {
-                if (!JsonValue::IsUTF8(member.first)) facts.fNonUTF8Key = true;
-                pending.push_back(member.second.second);
+            for (const JsonObject::Member& member : static_cast<const JsonObject&>(*node).Members()) {
+                if (!JsonValue::IsUTF8(member.Key())) facts.fNonUTF8Key = true;
+                pending.push_back(member.fValue);
             }
             break;
         case JsonValue::eJsonArray:

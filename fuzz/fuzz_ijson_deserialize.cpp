@@ -152,9 +152,9 @@ void CheckSerializedForm(const std::string& bytes) {
     FUZZ_CHECK(root);
     if (root->GetType() == JsonValue::eJsonObject) {
         size_t tried = 0;
-        for (const auto& member : static_cast<const JsonObject&>(*root).Members()) {
-            if (member.first.find('\0') != std::string::npos) continue;
-            CheckGetString(*json, member.first);
+        for (const JsonObject::Member& member : static_cast<const JsonObject&>(*root).Members()) {
+            if (member.Key().find('\0') != std::string::npos) continue;
+            CheckGetString(*json, std::string(member.Key()));
             if (++tried == 4) break;
         }
     }

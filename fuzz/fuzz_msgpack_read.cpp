@@ -24,8 +24,8 @@ bool HasWideObject(const JsonValue& root) {
         if (!node) continue;
         if (node->GetType() == JsonValue::eJsonObject) {
             const auto& members = static_cast<const JsonObject&>(*node).Members();
-            if (members.size() >= 2) return true;
-            for (const auto& member : members) pending.push_back(member.second.second);
+            if (members.Size() >= 2) return true;
+            for (const JsonObject::Member& member : members) pending.push_back(member.fValue);
         } else if (node->GetType() == JsonValue::eJsonArray) {
             for (const JsonValue* element : static_cast<const JsonArray&>(*node).Elements())
                 pending.push_back(element);

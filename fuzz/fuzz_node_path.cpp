@@ -88,8 +88,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             pending.push_back({node, entry.fPath + "/" + step, usable, step.empty()});
         };
         if (entry.fNode->GetType() == JsonValue::eJsonObject) {
-            for (const auto& member : static_cast<const JsonObject&>(*entry.fNode).Members())
-                child(member.second.second, member.first);
+            for (const JsonObject::Member& member : static_cast<const JsonObject&>(*entry.fNode).Members())
+                child(member.fValue, std::string(member.Key()));
         } else if (entry.fNode->GetType() == JsonValue::eJsonArray) {
             const auto& elements = static_cast<const JsonArray&>(*entry.fNode).Elements();
             for (size_t i = 0; i < elements.size(); ++i) child(elements[i], std::to_string(i));

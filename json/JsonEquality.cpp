@@ -49,11 +49,10 @@ bool ContainerEqual(const JsonValue& a, const JsonValue& b, PairList& pending) {
     case JsonValue::eJsonObject: {
         const auto& x = static_cast<const JsonObject&>(a).Members();
         const auto& y = static_cast<const JsonObject&>(b).Members();
-        if (x.size() != y.size()) return false;
-        for (const auto& member : x) {
-            auto it = y.find(member.first);
-            if (it == y.end() || !ChildEqual(member.second.second, it->second.second, pending))
-                return false;
+        if (x.Size() != y.Size()) return false;
+        for (const JsonObject::Member& member : x) {
+            const JsonObject::Member* twin = y.Find(member.Key());
+            if (!twin || !ChildEqual(member.fValue, twin->fValue, pending)) return false;
         }
         return true;
     }

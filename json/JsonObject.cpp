@@ -6,6 +6,8 @@
 #include "json/JsonRefs.h"
 #include "json/JsonScalar.h"
 
+static_assert(sizeof(JsonObject) <= 96, "an object is one 96-byte block of the node pool");
+
 JsonObject::JsonObject(const JsonObject& other) : JsonValue(eJsonObject) {
     JsonAutoRefPtr<JsonValue> copy(CopyNoARefPtr(other));
     *this = std::move(static_cast<JsonObject&>(*copy));
@@ -21,33 +23,48 @@ JsonObject& JsonObject::operator=(const JsonObject& other) {
 
 JsonObject& JsonObject::operator=(JsonObject&& other) noexcept {
     if (this != &other) {
-        MemberMap old;
-        old.swap(fMembers);
-        fMembers.swap(other.fMembers);
-        fKeepOrder = other.fKeepOrder;
-        fNextSequence = other.fNextSequence;
-        for (auto& member : old)
-            if (member.second.second) member.second.second->Release();
+        MemberTable old;
+        old.Swap(fMembers);
+        fMembers.Swap(other.fMembers);
+        fOrder = other.fOrder;
+        for (Member& member : old)
+            if (member.fValue) member.fValue->Release();
     }
     return *this;
 }
 
 JsonObject::~JsonObject() {
-    for (auto& member : fMembers)
-        if (member.second.second) member.second.second->Release();
+    for (Member& member : fMembers)
+        if (member.fValue) member.fValue->Release();
 }
 
 JsonObject* JsonObject::CloneShell(const JsonObject& other) {
-    auto* shell = new JsonObject(other.fKeepOrder);
+    auto* shell = new JsonObject();
     try {
         shell->fMembers = other.fMembers; // same buckets, so the same iteration order
     } catch (...) {
         delete shell;
         throw;
     }
-    for (auto& member : shell->fMembers) member.second.second = nullptr;
-    shell->fNextSequence = other.fNextSequence;
+    for (Member& member : shell->fMembers) member.fValue = nullptr;
+    shell->fOrder = other.fOrder;
     return shell;
+}
+
+void JsonObject::Put(std::string_view key, JsonValue* value) {
+    std::pair<Member*, bool> result;
+    try {
+        result = fMembers.TryEmplace(key, GetNextSequence(), value);
+    } catch (...) {
+        value->Release(); // the value is taken over in every case, also when out of memory
+        throw;
+    }
+    if (result.second) {
+        SetNextSequence(GetNextSequence() + 1);
+    } else {
+        JsonValue* old = std::exchange(result.first->fValue, value);
+        if (old) old->Release();
+    }
 }
 
 // MARK: - Inserts
@@ -198,19 +215,17 @@ bool JsonObject::InsertNull(std::string&& key, bool trusted) {
 }
 
 bool JsonObject::Erase(const std::string& key) {
-    auto it = fMembers.find(key);
-    if (it == fMembers.end()) return false;
-    JsonValue* value = it->second.second;
-    fMembers.erase(it);
+    bool found = false;
+    JsonValue* value = fMembers.Erase(key, found);
     if (value) value->Release();
-    return true;
+    return found;
 }
 
 // MARK: - Reads
 
 JsonValue* JsonObject::Find(const std::string& key) const noexcept {
-    auto it = fMembers.find(key);
-    return it == fMembers.end() ? nullptr : it->second.second;
+    const Member* member = fMembers.Find(key);
+    return member ? member->fValue : nullptr;
 }
 
 JsonAutoRefPtr<JsonValue> JsonObject::At(const std::string& key) const {
@@ -268,15 +283,16 @@ void JsonObject::AppendOrderedMembers(std::vector<const Member*>& out) const {
     const size_t base = out.size();
     // The map's own order unless the object keeps order and at most half of the sequence
     // numbers are gaps; rebuilding a sparse order would cost more than it is worth.
-    if (!fKeepOrder || fNextSequence > 2 * fMembers.size()) {
+    const unsigned long next = GetNextSequence();
+    if (!GetKeepOrder() || next > 2 * fMembers.Size()) {
         // No reserve: `out` may be shared by nested objects, and growing it by doubling keeps
         // a deep walk linear.
         for (const Member& member : fMembers) out.push_back(&member);
         return;
     }
     // Slots by sequence number, then the gaps left by erasures squeezed out in place.
-    out.resize(base + fNextSequence, nullptr);
-    for (const Member& member : fMembers) out[base + member.second.first] = &member;
+    out.resize(base + next, nullptr);
+    for (const Member& member : fMembers) out[base + member.fSequence] = &member;
     size_t kept = base;
     for (size_t i = base; i < out.size(); ++i)
         if (out[i]) out[kept++] = out[i];
@@ -293,7 +309,7 @@ void JsonObject::ForEach(
     std::vector<std::pair<std::string, JsonAutoRefPtr<JsonValue>>> snapshot;
     snapshot.reserve(members.size());
     for (const Member* member : members)
-        snapshot.emplace_back(member->first, JsonAutoRefPtr<JsonValue>::Share(member->second.second));
+        snapshot.emplace_back(member->Key(), JsonAutoRefPtr<JsonValue>::Share(member->fValue));
     for (const auto& [key, value] : snapshot) f(key, value);
 }
 

@@ -1,20 +1,21 @@
-// JsonObject: a hash map from member names to values that can remember insertion order.
+// JsonObject: a table from member names to values that can remember insertion order.
 //
 // Deliberate behaviours kept here:
-// - Without the keep-order flag, iteration and printing follow the map's own order; that order
-//   is observable, so the map stays a std::unordered_map with std::hash and is never reserved.
+// - Without the keep-order flag, iteration and printing follow the member table's order, which
+//   is exactly the order of a std::unordered_map with std::hash given the same history
+//   (JsonMemberTable.h); that order is observable, so the table is never reserved.
 // - A replaced member keeps its first sequence number, so it keeps its printed place.
 // - Once more than half of the sequence numbers are gaps (counter > 2 * size), ordered
 //   iteration falls back to the map's order.
 // - InsertValueWithNonUTF8Key(key, const JsonValue&) checks the key despite its name.
 #pragma once
 
+#include "json/JsonMemberTable.h"
 #include "json/JsonValue.h"
 
 #include <functional>
 #include <string>
-#include <unordered_map>
-#include <tuple>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,28 +24,26 @@ class ObjectRef;
 
 class JsonObject final : public JsonValue {
 public:
-    // The map's own order (hash and growth) is observable: std::hash and the standard policy
-    // stay; only the node memory comes from the pool.
-    using MemberMap =
-        std::unordered_map<std::string, std::pair<unsigned long, JsonValue*>, std::hash<std::string>,
-                           std::equal_to<std::string>,
-                           JsonMemory::Allocator<std::pair<const std::string, std::pair<unsigned long, JsonValue*>>>>;
-    using Member = MemberMap::value_type;
+    using MemberTable = JsonMemberTable;
+    /// One member: Key(), fSequence (its insertion sequence number) and fValue.
+    using Member = JsonMemberTable::Member;
 
     JsonObject() : JsonValue(eJsonObject) {}
-    explicit JsonObject(bool keepOrder) : JsonValue(eJsonObject), fKeepOrder(keepOrder) {}
+    explicit JsonObject(bool keepOrder) : JsonValue(eJsonObject), fOrder(keepOrder ? 1 : 0) {}
     /// Deep copy: same keys, sequence numbers, flag and counter; every value copied.
     JsonObject(const JsonObject& other);
     JsonObject& operator=(const JsonObject& other);
     JsonObject& operator=(JsonObject&& other) noexcept;
     ~JsonObject() override;
 
-    size_t Size() const noexcept { return fMembers.size(); }
-    bool Empty() const noexcept { return fMembers.empty(); }
-    bool GetKeepOrder() const noexcept { return fKeepOrder; }
-    void SetKeepOrder(bool keepOrder) noexcept { fKeepOrder = keepOrder; }
-    unsigned long GetNextSequence() const noexcept { return fNextSequence; }
-    const MemberMap& Members() const noexcept { return fMembers; }
+    size_t Size() const noexcept { return fMembers.Size(); }
+    bool Empty() const noexcept { return fMembers.Empty(); }
+    bool GetKeepOrder() const noexcept { return (fOrder & 1) != 0; }
+    void SetKeepOrder(bool keepOrder) noexcept { fOrder = (fOrder & ~1UL) | (keepOrder ? 1 : 0); }
+    unsigned long GetNextSequence() const noexcept { return fOrder >> 1; }
+    /// The members in the table's order (see JsonMemberTable.h). Inserts and erasures move
+    /// members: pointers into the table are valid only until the object changes.
+    const MemberTable& Members() const noexcept { return fMembers; }
 
     // ---- Inserts: a key is checked for UTF-8 unless `trusted`; null values erase ----
     bool InsertValue(const std::string& key, const JsonAutoRefPtr<JsonValue>& value, bool trusted);
@@ -126,16 +125,16 @@ public:
 
     /// Inserts or replaces without any key check, taking over `value` (never null); when out of
     /// memory the value is released and std::bad_alloc passed on.
-    template <class K> void Put(K&& key, JsonValue* value);
+    void Put(std::string_view key, JsonValue* value);
 
     // ---- Tree-walk internals (deep copy and teardown without recursion) ----
     /// A copy with the same keys, sequence numbers, flag and counter whose values are all null.
     static JsonObject* CloneShell(const JsonObject& other);
-    MemberMap& MutableMembers() noexcept { return fMembers; }
+    MemberTable& MutableMembers() noexcept { return fMembers; }
     /// Hands every member value's reference to `drop` and leaves the object empty.
     template <class F> void TakeChildren(F&& drop) {
-        for (auto& member : fMembers) drop(std::exchange(member.second.second, nullptr));
-        fMembers.clear();
+        for (Member& member : fMembers) drop(std::exchange(member.fValue, nullptr));
+        fMembers.Clear();
     }
 
 private:
@@ -144,24 +143,10 @@ private:
     template <class K> bool InsertChecked(K&& key, JsonValue* value, bool trusted);
     template <class K> bool InsertOrErase(K&& key, JsonValue* value);
 
-    MemberMap fMembers;
-    bool fKeepOrder = false;
-    unsigned long fNextSequence = 0;
-};
+    void SetNextSequence(unsigned long next) noexcept { fOrder = (next << 1) | (fOrder & 1); }
 
-template <class K> void JsonObject::Put(K&& key, JsonValue* value) {
-    MemberMap::iterator it;
-    bool inserted;
-    try {
-        std::tie(it, inserted) = fMembers.try_emplace(std::forward<K>(key), fNextSequence, value);
-    } catch (...) {
-        value->Release(); // the value is taken over in every case, also when out of memory
-        throw;
-    }
-    if (inserted) {
-        ++fNextSequence;
-    } else {
-        JsonValue* old = std::exchange(it->second.second, value);
-        if (old) old->Release();
-    }
-}
+    MemberTable fMembers;
+    // The next insertion sequence number, shifted left by one, and the keep-order flag in the
+    // low bit: one word for both keeps an object within 96 bytes, a block size of the node pool.
+    unsigned long fOrder = 0;
+};

@@ -228,9 +228,9 @@ void FillShell(const JsonValue& source, JsonValue& copy,
     case JsonValue::eJsonObject: {
         const auto& from = static_cast<const JsonObject&>(source).Members();
         auto& to = static_cast<JsonObject&>(copy).MutableMembers();
-        // A copied unordered_map iterates in the same order as its source.
+        // A copied member table iterates in the same order as its source.
         auto in = from.begin();
-        for (auto out = to.begin(); out != to.end(); ++out, ++in) fill(in->second.second, out->second.second);
+        for (auto out = to.begin(); out != to.end(); ++out, ++in) fill(in->fValue, out->fValue);
         break;
     }
     case JsonValue::eJsonArray: {

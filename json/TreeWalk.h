@@ -21,7 +21,7 @@ enum class EMemberOrder {
 ///   void BeginArray(const JsonArray&);    void EndArray(const JsonArray&, size_t written);
 ///   void BeginCompiled(const JsonCompiledObject&);
 ///   void EndCompiled(const JsonCompiledObject&, size_t written);
-///   void Key(const JsonValue& container, const std::string& key, bool first);
+///   void Key(const JsonValue& container, std::string_view key, bool first);
 ///   void Element(bool first);
 ///   void Missing();                       // a null child, after its Key/Element
 ///   size_t CompiledLimit(const JsonCompiledObject&); // members to visit at most
@@ -99,9 +99,9 @@ template <EMemberOrder Order, class Visitor> void WalkTree(const JsonValue& root
         switch (container.GetType()) {
         case JsonValue::eJsonObject: {
             const JsonObject::Member* member = members[frame.next++];
-            child = member->second.second;
+            child = member->fValue;
             if (!child && !Visitor::kVisitMissing) continue;
-            visitor.Key(container, member->first, first);
+            visitor.Key(container, member->Key(), first);
             break;
         }
         case JsonValue::eJsonArray: {

@@ -246,7 +246,7 @@ StringVectorPtr GetKeys(const JSONObjPtr& json, IContext* context) {
     if (keys && value && value->GetType() == JsonValue::eJsonObject) {
         std::vector<const JsonObject::Member*> members;
         static_cast<const JsonObject&>(*value).OrderedMembers(members);
-        for (const JsonObject::Member* member : members) keys->Interface_PushBack(member->first);
+        for (const JsonObject::Member* member : members) keys->Interface_PushBack(std::string(member->Key()));
     }
     return StringVectorPtr(keys.Detach());
 }

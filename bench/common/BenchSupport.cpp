@@ -151,9 +151,9 @@ void VisitOurs(const JsonValue& value, DocStats& stats) {
         break;
     case JsonValue::eJsonObject:
         ++stats.fObjects;
-        for (const auto& member : static_cast<const JsonObject&>(value).Members()) {
-            stats.AddKey(member.first.size());
-            VisitOurs(*member.second.second, stats);
+        for (const JsonObject::Member& member : static_cast<const JsonObject&>(value).Members()) {
+            stats.AddKey(member.Key().size());
+            VisitOurs(*member.fValue, stats);
         }
         break;
     case JsonValue::eJsonArray:

@@ -3,16 +3,21 @@
 // are made once; JSON arguments are made by one JSON.FromString call before timing.
 //   ScriptFromString, ScriptToString, ScriptRoundTrip (both)  on a small document
 //   ScriptGet, ScriptSet, ScriptSubNode, ScriptSetSubNode     on a 1 KB and a 100 KB document
+//   FloodFromString, FloodFromMsgPack, FloodEquals, FloodGet  on an object of 100,000 (or, for
+//     the smoke run, 1,000) members whose 16-byte keys all share one std::hash value, beside
+//     the same calls on random keys of that length: flooding must cost a small constant
 // Every call is checked once before timing (status 0, no report, the expected text).
 // Options: --module=PATH (else $VIRELO_JSON_BENCH_MODULE, else the module built alongside),
 // then Google Benchmark's.
 #include "bench/common/BenchSupport.h"
 
+#include "tests/support/CollidingKeys.h"
 #include "tools/vhost/host/Host.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <random>
 #include <sstream>
 
 #ifndef VIRELO_JSON_BENCH_MODULE
@@ -28,6 +33,29 @@ using vhost::RegisteredFunction;
 const char* const sSmallDocument =
     R"({"id":1234,"name":"Virelo","tags":["json","script"],"active":true,"ratio":0.75,)"
     R"("owner":{"login":"ada","id":42}})";
+
+/// `count` distinct random keys of the colliding keys' length, from the same printable bytes.
+std::vector<std::string> MakeRandomKeys(size_t count, uint64_t seed) {
+    std::mt19937_64 random(seed);
+    std::vector<std::string> keys;
+    std::string key(16, ' ');
+    while (keys.size() < count) {
+        for (char& c : key) {
+            do c = static_cast<char>(0x20 + random() % 95);
+            while (c == '"' || c == '\\');
+        }
+        keys.push_back(key); // 95^16 keys: a repeat would need billions of draws
+    }
+    return keys;
+}
+
+/// {"key":index,...} over `keys`.
+std::string ObjectOf(const std::vector<std::string>& keys) {
+    std::string text = "{";
+    for (size_t i = 0; i < keys.size(); ++i)
+        text += (i ? ",\"" : "\"") + keys[i] + "\":" + std::to_string(i);
+    return text + "}";
+}
 
 /// An object of about `size` bytes of compact text: a few members, then an array of records.
 std::string MakeDocument(size_t size, size_t& records) {
@@ -98,9 +126,14 @@ public:
         std::vector<Virelo::IVariant*> raw;
         for (const auto& argument : arguments) raw.push_back(argument.Get());
         CallChecked(function, raw, result.Get());
-        const std::string text = result->Interface_GetType() == Virelo::eTypeString
-                                     ? std::string(result->Interface_GetStringData())
-                                     : ToString(result.Get());
+        std::string text;
+        if (result->Interface_GetType() == Virelo::eTypeString) {
+            text = result->Interface_GetStringData();
+        } else if (result->Interface_GetType() == Virelo::eTypeBoolean) {
+            text = result->Interface_GetBoolean() ? "true" : "false";
+        } else {
+            text = ToString(result.Get());
+        }
         if (!check(text))
             bench::Fail(measurement + "/" + input + ": unexpected result " + text.substr(0, 200));
         vhost::Host* host = &fHost;
@@ -174,6 +207,37 @@ public:
         }
     }
 
+    /// The flooding pairs: the same calls on keys that share one std::hash value and on random
+    /// keys of the same length.
+    void RegisterFlood() {
+        const RegisteredFunction& fromString = Function("JSON.FromString", "JSON", {"STRING"});
+        const RegisteredFunction& toMsgPack = Function("JSON.ToMsgPack", "DATAREF", {"JSON"});
+        const RegisteredFunction& fromMsgPack = Function("JSON.FromMsgPack", "JSON", {"DATAREF"});
+        const RegisteredFunction& equals = Function("JSON.Equals", "BOOLEAN", {"JSON", "JSON"});
+        const RegisteredFunction& get = Function("JSON.Get", "JSON", {"JSON", "STRING"});
+        for (const auto& [size, count] : {std::pair{"small", size_t{1000}}, std::pair{"100k", size_t{100000}}}) {
+            for (const bool colliding : {true, false}) {
+                const std::vector<std::string> keys =
+                    colliding ? json_test::MakeCollidingKeys(count, 11) : MakeRandomKeys(count, 11);
+                const std::string input = std::string(colliding ? "colliding-" : "random-") + size;
+                const std::string text = ObjectOf(keys);
+                const auto sameSize = [&](const std::string& out) { return out.size() == text.size(); };
+                AutoRefPtr<HostVariant> textArgument = HostVariant::FromString(text);
+                Add("FloodFromString", input, fromString, {textArgument}, sameSize);
+                AutoRefPtr<HostVariant> doc = FromString(text);
+                AutoRefPtr<HostVariant> twin = FromString(text);
+                AutoRefPtr<HostVariant> bytes = vhost::Host::CreateResult(toMsgPack.fReturn);
+                CallChecked(toMsgPack, {doc.Get()}, bytes.Get());
+                Add("FloodFromMsgPack", input, fromMsgPack, {bytes}, sameSize);
+                Add("FloodEquals", input, equals, {doc, twin},
+                    [](const std::string& out) { return out == "true"; });
+                const size_t middle = count / 2;
+                Add("FloodGet", input, get, {doc, HostVariant::FromString(keys[middle])},
+                    [&](const std::string& out) { return out == std::to_string(middle); });
+            }
+        }
+    }
+
 private:
     std::ostringstream fDiagnostics;
     vhost::Host fHost;
@@ -198,6 +262,7 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     static ScriptBench bench(modulePath);
     bench.RegisterAll();
+    bench.RegisterFlood();
     benchmark::AddCustomContext("bench.module", modulePath);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -120,9 +120,9 @@ bool Children(const JsonAutoRefPtr<JsonValue>& root, std::vector<Child>& out) {
     case JsonValue::eJsonObject: {
         // The map's own order, deliberately not the insertion order of ordered objects.
         const auto& members = static_cast<const JsonObject&>(*root).Members();
-        out.reserve(members.size());
-        for (const auto& member : members)
-            out.push_back({member.first, JsonAutoRefPtr<JsonValue>::Share(member.second.second)});
+        out.reserve(members.Size());
+        for (const JsonObject::Member& member : members)
+            out.push_back({std::string(member.Key()), JsonAutoRefPtr<JsonValue>::Share(member.fValue)});
         return true;
     }
     case JsonValue::eJsonCompiledObject: {

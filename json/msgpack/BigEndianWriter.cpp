@@ -96,7 +96,7 @@ void BigEndianWriter::Write8_64(unsigned char code, unsigned long long value) {
     Store(at + 1, value, 8);
 }
 
-void BigEndianWriter::AddString(const std::string& text) {
+void BigEndianWriter::AddString(std::string_view text) {
     const unsigned long long length = text.size();
     unsigned long header;
     if (length <= 31) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,7 +23,7 @@ public:
 
     /// A MessagePack string: the shortest header, then the bytes. A string longer than
     /// 4294967295 bytes writes nothing and clears the ok flag.
-    void AddString(const std::string& text);
+    void AddString(std::string_view text);
     void Write8(unsigned char code);
     void Write8_8(unsigned char code, uint8_t value);
     void Write8_16(unsigned char code, uint16_t value);

@@ -108,7 +108,7 @@ struct MsgPackVisitor {
     size_t CompiledLimit(const JsonCompiledObject& object) {
         return object.GetContext() ? object.GetSetCount() : 0;
     }
-    void Key(const JsonValue&, const std::string& key, bool) { fOut.AddString(key); }
+    void Key(const JsonValue&, std::string_view key, bool) { fOut.AddString(key); }
     void Element(bool) {}
     void Missing() { fOut.Write8(0xC0); }
 };

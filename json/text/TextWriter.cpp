@@ -68,7 +68,7 @@ constexpr auto kEscapes = [] {
 
 // Clean runs (everything but the quote mark, the backslash and control bytes) are copied in
 // one piece; the bytes between them are escaped.
-void PutQuoted(TextSink& sink, const std::string& text) {
+void PutQuoted(TextSink& sink, std::string_view text) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
     const size_t n = text.size();
     for (size_t clean = 0;;) {
@@ -278,7 +278,7 @@ void PutScalar(TextSink& sink, const JsonValue& node) {
 
 // MARK: - Layouts
 
-void PutKey(TextSink& sink, const std::string& key) {
+void PutKey(TextSink& sink, std::string_view key) {
     sink.Put('"');
     PutQuoted(sink, key);
 }
@@ -294,7 +294,7 @@ struct CompactVisitor {
     void EndArray(const JsonArray&, size_t) { fSink.Put(']'); }
     void BeginCompiled(const JsonCompiledObject&) { fSink.Put('{'); }
     void EndCompiled(const JsonCompiledObject&, size_t) { fSink.Put('}'); }
-    void Key(const JsonValue&, const std::string& key, bool first) {
+    void Key(const JsonValue&, std::string_view key, bool first) {
         if (!first) fSink.Put(',');
         PutKey(fSink, key);
         fSink.Put("\":", 2);
@@ -343,7 +343,7 @@ struct PrettyVisitor {
         if (!first) fSink.Put(',');
         NewLine(fLevel); // fLevel is the container's level + 1 here
     }
-    void Key(const JsonValue& container, const std::string& key, bool first) {
+    void Key(const JsonValue& container, std::string_view key, bool first) {
         StartChild(first);
         PutKey(fSink, key);
         // Deliberate: compiled objects write no blank after the colon, plain objects do; the

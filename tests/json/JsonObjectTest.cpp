@@ -1,14 +1,17 @@
 // JsonObject: inserts and their key/text checks, ownership of inserted values, member order,
 // reads, iteration, equality and deep copies.
 #include "tests/json/JsonTestHelpers.h"
+#include "tests/support/CollidingKeys.h"
 
 #include "json/JsonArray.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
+#include "json/ParserContext.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -25,8 +28,8 @@ std::vector<std::string> KeysByForEach(const JsonObject& object) {
 
 std::vector<std::string> KeysOfMap(const JsonObject& object) {
     std::vector<std::string> keys;
-    for (const auto& member : object.Members())
-        keys.push_back(member.first);
+    for (const JsonObject::Member& member : object.Members())
+        keys.emplace_back(member.Key());
     return keys;
 }
 
@@ -173,6 +176,47 @@ TEST(JsonObject, TooManyGapsFallBackToMapOrder) {
         unordered.InsertBool(key, true, false);
     EXPECT_EQ(KeysByForEach(unordered), KeysOfMap(unordered));
     EXPECT_EQ(Text(unordered), CompactIn(unordered, KeysOfMap(unordered)));
+}
+
+// The order members print in (without the keep-order flag), and MessagePack always writes in,
+// is a std::unordered_map's with std::hash for the same history; keys that all share one hash
+// value, as a flooding attacker would send, keep it too.
+TEST(JsonObject, MapOrderIsTheStandardMapsForAnyKeys) {
+    struct Case {
+        const char* fName;
+        std::vector<std::string> fKeys;
+    };
+    std::vector<std::string> plain;
+    for (int i = 0; i < 300; ++i) plain.push_back("key" + std::to_string(i * 7919 % 1000));
+    const Case cases[] = {{"plain keys", plain},
+                          {"keys with one std::hash value", json_test::MakeCollidingKeys(300, 3)}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.fName);
+        std::unordered_map<std::string, int> map;
+        std::string text = "{";
+        for (size_t i = 0; i < c.fKeys.size(); ++i) {
+            map.emplace(c.fKeys[i], 0);
+            text += (i ? ",\"" : "\"") + c.fKeys[i] + "\":0";
+        }
+        text += "}";
+        std::vector<std::string> expected;
+        for (const auto& member : map) expected.push_back(member.first);
+        ParserContext ctx;
+        const JsonAutoRefPtr<JsonObject> object = JsonObject::ReadFromString(text, &ctx);
+        ASSERT_TRUE(object) << ctx.fError;
+        EXPECT_EQ(KeysByForEach(*object), expected);
+        EXPECT_EQ(Text(*object), CompactIn(*object, expected));
+        // Erasing every other key, in order, leaves the map's order of the rest.
+        for (size_t i = 0; i < c.fKeys.size(); i += 2) {
+            object->Erase(c.fKeys[i]);
+            map.erase(c.fKeys[i]);
+        }
+        expected.clear();
+        for (const auto& member : map) expected.push_back(member.first);
+        EXPECT_EQ(KeysByForEach(*object), expected);
+        const ValuePtr copy = JsonValue::Copy(*object); // copies keep the order too
+        EXPECT_EQ(KeysByForEach(static_cast<const JsonObject&>(*copy)), expected);
+    }
 }
 
 TEST(JsonObject, ReadsByKey) {

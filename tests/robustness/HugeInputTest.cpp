@@ -1,7 +1,8 @@
-// Inputs longer than 4 GiB: every length in the engine is 64 bits wide, so a number or a string
-// of 2^32 + 5 bytes reads and writes back whole. These need about 13 GiB and a minute, so they
-// run only when asked:
+// Inputs longer than 4 GiB: every length in the engine is 64 bits wide, so a number, a string or
+// an object key of 2^32 + 5 bytes reads and writes back whole. These need up to 17 GiB and a
+// minute or two, so they run only when asked:
 //   VIRELO_JSON_HUGE_TESTS=1 build/bin/robustness_tests --gtest_filter="HugeInput*"
+#include "json/JsonObject.h"
 #include "json/JsonScalar.h"
 #include "json/ParserContext.h"
 
@@ -39,6 +40,20 @@ TEST(HugeInput, StringLongerThan4GiBWritesBackWhole) {
     text.front() = text.back() = '"';
     JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, nullptr, nullptr);
     ASSERT_TRUE(value);
+    std::string out;
+    value->AppendToString(out);
+    EXPECT_EQ(out.size(), text.size());
+    EXPECT_TRUE(out == text);
+}
+
+TEST(HugeInput, KeyLongerThan4GiBWritesBackWhole) {
+    if (!HugeTestsWanted()) GTEST_SKIP() << "set VIRELO_JSON_HUGE_TESTS=1 to run";
+    std::string text = "{\"" + std::string(kHuge, 'k') + "\":1}";
+    JsonAutoRefPtr<JsonValue> value = JsonValue::ReadFromString(text, nullptr, nullptr);
+    ASSERT_TRUE(value && value->GetType() == JsonValue::eJsonObject);
+    const auto& object = static_cast<const JsonObject&>(*value);
+    ASSERT_EQ(object.Size(), 1u);
+    EXPECT_EQ(object.Members().begin()->Key().size(), kHuge);
     std::string out;
     value->AppendToString(out);
     EXPECT_EQ(out.size(), text.size());

@@ -129,7 +129,7 @@ TEST(MsgPackWriter, LengthAndCountHeaders) {
 TEST(MsgPackWriter, NestingAndMissingChildren) {
     JsonAutoRefPtr<JsonObject> member(new JsonObject());
     member->InsertValue("k", JsonArray(), true);
-    member->MutableMembers().emplace("n", std::make_pair(1UL, nullptr)); // missing value: nil
+    member->MutableMembers().TryEmplace("n", 1UL, nullptr); // missing value: nil
     JsonAutoRefPtr<JsonObject> inner(new JsonObject());
     inner->InsertValue("a", std::move(member), true);
     JsonArray array;

@@ -277,7 +277,7 @@ TEST(Parser, StringDecoding) {
         // keys decode the same way
         JsonAutoRefPtr<JsonObject> object = JsonObject::ReadFromString("{" + row.fJson + ":1}", &ctx);
         ASSERT_TRUE(object && object->Size() == 1) << ctx.fError;
-        EXPECT_EQ(object->Members().begin()->first, row.fBytes);
+        EXPECT_EQ(object->Members().begin()->Key(), row.fBytes);
     }
 }
 
