@@ -33,6 +33,24 @@ inline size_t SkipAscii(const unsigned char* bytes, size_t pos, size_t size) {
     return pos;
 }
 
+/// The index of the first byte at or after `pos` that is neither a blank nor a tab (or `size`):
+/// where a run of indentation ends.
+inline size_t SkipBlanks(const unsigned char* bytes, size_t pos, size_t size) {
+#if defined(__SSE2__)
+    const __m128i blank = _mm_set1_epi8(' ');
+    const __m128i tab = _mm_set1_epi8('\t');
+    while (pos + 16 <= size) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + pos));
+        const __m128i spaces = _mm_or_si128(_mm_cmpeq_epi8(block, blank), _mm_cmpeq_epi8(block, tab));
+        const auto others = static_cast<unsigned>(_mm_movemask_epi8(spaces)) ^ 0xFFFFu;
+        if (others) return pos + static_cast<size_t>(__builtin_ctz(others));
+        pos += 16;
+    }
+#endif
+    while (pos < size && (bytes[pos] == ' ' || bytes[pos] == '\t')) ++pos;
+    return pos;
+}
+
 /// The index of the first quote mark, backslash or byte below 0x20 at or after `pos` (or
 /// `size`): where a string's plain run ends.
 inline size_t FindStringStop(const unsigned char* bytes, size_t pos, size_t size) {

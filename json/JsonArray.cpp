@@ -112,7 +112,7 @@ void JsonArray::AddNull() {
 void JsonArray::InsertValueAtIndex(unsigned long index, const JsonAutoRefPtr<JsonValue>& value) {
     // Deliberate: an index at or beyond the size does nothing; appending is AddValue's job.
     if (!value || index >= fElements.size()) return;
-    fElements.insert(fElements.begin() + static_cast<std::ptrdiff_t>(index), value.Get());
+    fElements.insert(fElements.begin() + index, value.Get());
     value->AddRef();
 }
 
@@ -143,7 +143,7 @@ void JsonArray::SetValueAtIndexInternal(unsigned long index, JsonValue* value) {
 void JsonArray::EraseAtIndex(unsigned long index) {
     if (index >= fElements.size()) return;
     JsonValue* old = fElements[index];
-    fElements.erase(fElements.begin() + static_cast<std::ptrdiff_t>(index));
+    fElements.erase(fElements.begin() + index, fElements.begin() + index + 1);
     if (old) old->Release();
 }
 
@@ -152,10 +152,8 @@ unsigned long JsonArray::Erase(unsigned long first, unsigned long count) {
         count == 0)
         return 0;
     const unsigned long removed = std::min<unsigned long>(count, fElements.size() - first);
-    ElementVector gone(fElements.begin() + static_cast<std::ptrdiff_t>(first),
-                                 fElements.begin() + static_cast<std::ptrdiff_t>(first + removed));
-    fElements.erase(fElements.begin() + static_cast<std::ptrdiff_t>(first),
-                    fElements.begin() + static_cast<std::ptrdiff_t>(first + removed));
+    const std::vector<JsonValue*> gone(fElements.begin() + first, fElements.begin() + first + removed);
+    fElements.erase(fElements.begin() + first, fElements.begin() + first + removed);
     for (JsonValue* element : gone)
         if (element) element->Release();
     return removed;

@@ -7,6 +7,7 @@
 // - ForEachWithUserData records at most 20 item errors and never stops early.
 #pragma once
 
+#include "json/JsonElements.h"
 #include "json/JsonValue.h"
 
 #include <functional>
@@ -27,7 +28,7 @@ public:
     JsonArray& operator=(JsonArray&& other) noexcept;
     ~JsonArray() override;
 
-    using ElementVector = std::vector<JsonValue*, JsonMemory::Allocator<JsonValue*>>;
+    using ElementVector = JsonElements;
 
     size_t Size() const noexcept { return fElements.size(); }
     bool Empty() const noexcept { return fElements.empty(); }
@@ -96,27 +97,23 @@ public:
                                        ParserContext& context,
                                        const JsonCompiledObjectContext* compiled);
 
-    /// Appends taking over `value` (never null), with the growth rule: a non-empty array with
-    /// capacity below 10 first grows to exactly 10.
-    void Push(JsonValue* value) {
-        if (!fElements.empty() && fElements.capacity() < 10) fElements.reserve(10);
-        fElements.push_back(value);
-    }
+    /// Appends taking over `value` (never null). Storage grows as JsonElements says: two
+    /// elements in place, then a first block of ten, then doubling.
+    void Push(JsonValue* value) { fElements.push_back(value); }
     /// Makes room for `count` more elements at once (used by readers that know the count).
     void Reserve(size_t count) { fElements.reserve(count); }
     /// Appends `count` elements at once, taking over their references (used by the parser,
     /// which knows an array's elements when it closes).
-    void TakeElements(JsonValue* const* elements, size_t count) {
-        fElements.insert(fElements.end(), elements, elements + count);
-    }
+    void TakeElements(JsonValue* const* elements, size_t count) { fElements.append(elements, count); }
 
     // ---- Tree-walk internals (deep copy and teardown without recursion) ----
     /// A copy with as many elements as `other`, all null.
     static JsonArray* CloneShell(const JsonArray& other);
     ElementVector& MutableElements() noexcept { return fElements; }
-    /// Hands every element's reference to `drop` and leaves the array empty.
-    template <class F> void TakeChildren(F&& drop) {
-        for (JsonValue*& element : fElements) drop(std::exchange(element, nullptr));
+    /// Hands every element's reference to `drop` (which must not throw) and leaves the array
+    /// empty.
+    template <class F> void TakeChildren(F&& drop) noexcept {
+        for (JsonValue* element : fElements) drop(element);
         fElements.clear();
     }
 

@@ -137,7 +137,7 @@ public:
     static JsonCompiledObject* CloneShell(const JsonCompiledObject& other);
     std::vector<JsonValue*>& MutableSlots() noexcept { return fSlots; }
     /// Hands every slot's reference to `drop` and leaves the object empty.
-    template <class F> void TakeChildren(F&& drop) {
+    template <class F> void TakeChildren(F&& drop) noexcept {
         for (JsonValue*& slot : fSlots) drop(std::exchange(slot, nullptr));
         fSetCount = 0;
     }

@@ -16,9 +16,7 @@ using PairList = std::vector<std::pair<const JsonValue*, const JsonValue*>>;
 bool ScalarEqual(const JsonValue& a, const JsonValue& b) {
     switch (a.GetType()) {
     case JsonValue::eJsonString: {
-        const std::string& x = static_cast<const JsonString&>(a).Get();
-        const std::string& y = static_cast<const JsonString&>(b).Get();
-        return x.size() == y.size() && std::memcmp(x.data(), y.data(), x.size()) == 0;
+        return static_cast<const JsonString&>(a).Get() == static_cast<const JsonString&>(b).Get();
     }
     case JsonValue::eJsonInteger: {
         const auto& x = static_cast<const JsonInteger&>(a);

@@ -463,6 +463,35 @@ void JsonMemberTableBase::CopyFrom(const JsonMemberTableBase& other,
     fNextResize = other.fNextResize;
 }
 
+void JsonMemberTableBase::PrepareBlock(size_t count, size_t keyBytes,
+                                       const JsonMemberTableHooks& hooks) {
+    if (fEntries || count == 0) return;
+    if (count > kMaxSize) throw std::length_error("JSON object: too many members");
+    const bool large = count > kSmall;
+    const auto capacity = large ? std::max(kMinLarge, uint32_t(count)) : uint32_t(count);
+    const Layout to = Layout::For(capacity, large ? SlotsFor(capacity) : 0, keyBytes);
+    auto* entries = static_cast<Member*>(hooks.fAllocate(to.Bytes()));
+    uint32_t* buckets = nullptr;
+    if (large) {
+        try {
+            buckets = static_cast<uint32_t*>(hooks.fAllocate(fBucketCount * sizeof(uint32_t)));
+        } catch (...) {
+            hooks.fFree(entries, to.Bytes());
+            throw;
+        }
+        std::fill_n(buckets, fBucketCount, kNone);
+    }
+    fEntries = entries;
+    fBuckets = buckets;
+    fCapacity = to.fCapacity;
+    fKeyCapacity = to.fKeyCapacity;
+    fKeyUsed = 0;
+    fUsed = 0;
+    fHead = kNone;
+    fSlotMask = large ? to.fSlots - 1 : 0;
+    if (large) std::fill_n(Slots(), to.fSlots, Slot{kNone, 0});
+}
+
 void JsonMemberTableBase::Release(const JsonMemberTableHooks& hooks) noexcept {
     if (fEntries) hooks.fFree(fEntries, CurrentLayout().Bytes());
     if (fBuckets) hooks.fFree(fBuckets, fBucketCount * sizeof(uint32_t));

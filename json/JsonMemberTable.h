@@ -132,6 +132,11 @@ public:
 
     static constexpr uint32_t kLongKey = UINT32_MAX;
 
+    /// The bytes a key of `keyLength` takes in the block: its own, and 8 more for a long key.
+    static size_t StoredBytes(size_t keyLength) noexcept {
+        return keyLength + (keyLength >= kLongKey ? sizeof(uint64_t) : 0);
+    }
+
 protected:
     static constexpr uint32_t kNone = UINT32_MAX;
     /// Tables up to this size are kept in order and searched by a scan.
@@ -178,6 +183,8 @@ protected:
     JsonValue* Remove(uint32_t index, uint32_t slot, const JsonMemberTableHooks& hooks) noexcept;
     /// Makes this empty table a copy of `other`; throws std::bad_alloc leaving it empty.
     void CopyFrom(const JsonMemberTableBase& other, const JsonMemberTableHooks& hooks);
+    /// Lays a table without a block out for `count` members and `keyBytes` of keys.
+    void PrepareBlock(size_t count, size_t keyBytes, const JsonMemberTableHooks& hooks);
     /// Frees the blocks; keeps the bucket count and the rehash policy's state.
     void Release(const JsonMemberTableHooks& hooks) noexcept;
     /// Takes over `other`'s members, bucket count and policy state; `other` becomes new.
@@ -199,10 +206,6 @@ private:
     Layout CurrentLayout() const noexcept;
 
     static void PutSlot(Slot* slots, uint32_t mask, uint32_t tag, uint32_t entry) noexcept;
-    /// The bytes a key takes in the block: its own, and 8 more for a long key's length.
-    static size_t StoredBytes(size_t keyLength) noexcept {
-        return keyLength + (keyLength >= kLongKey ? sizeof(uint64_t) : 0);
-    }
     /// Writes `key` at `at` for `member` (its fKey and fKeyLength); returns the bytes used.
     static size_t WriteKey(char* at, std::string_view key, Member& member) noexcept;
     /// Copies the members, in order, into `entries` laid out as `to` and makes that the block
@@ -305,6 +308,12 @@ public:
     /// Removes every member and frees the blocks; keeps the bucket count, as
     /// unordered_map::clear does.
     void Clear() noexcept { Release(sHooks); }
+
+    /// On an empty table: makes room for `count` members whose keys take `keyBytes` bytes, so
+    /// that inserting them moves nothing. The order and the bucket count stay exactly those of
+    /// the same inserts without it (only the map's own reserve would change them). Throws
+    /// std::bad_alloc, leaving the table as it was; does nothing on a table holding a block.
+    void Prepare(size_t count, size_t keyBytes) { PrepareBlock(count, keyBytes, sHooks); }
 
 private:
     static size_t OrderHashOf(std::string_view key) noexcept { return OrderHash{}(key); }

@@ -17,9 +17,6 @@ enum EPageState : uint8_t { kCurrent, kAvailable, kFull };
 /// Empty pages kept for reuse; more go back to the system.
 constexpr size_t kMaxEmptyPages = 64;
 
-constexpr size_t BlockBytes(size_t c) {
-    return (c + 1) * kGranule;
-}
 
 // Everything shared: the empty pages, the heaps of ended threads, and the heap that serves a
 // thread after its own heap was left behind. Trivially destructible, so it outlives every
@@ -57,14 +54,9 @@ Page* NewPage(Heap& heap, size_t c) {
     page->fClass = static_cast<uint16_t>(c);
     page->fHeap = &heap;
     const size_t bytes = BlockBytes(c);
-    char* const first = static_cast<char*>(memory) + sizeof(Page);
-    FreeBlock* head = nullptr;
-    for (size_t i = (kPageSize - sizeof(Page)) / bytes; i-- > 0;) {
-        auto* freed = reinterpret_cast<FreeBlock*>(first + i * bytes);
-        freed->fNext = head;
-        head = freed;
-    }
-    page->fFree = head;
+    page->fBlockBytes = static_cast<uint32_t>(bytes);
+    page->fFresh = static_cast<char*>(memory) + sizeof(Page);
+    page->fEnd = page->fFresh + (kPageSize - sizeof(Page)) / bytes * bytes;
     return page;
 }
 
@@ -143,7 +135,7 @@ void TakeRemoteFrees(Heap& heap) noexcept {
 void* AllocateOwned(Heap& heap, size_t c) {
     if (heap.fRemotePages.load(std::memory_order_relaxed)) TakeRemoteFrees(heap);
     Page*& current = heap.fCurrent[c];
-    if (!current || !current->fFree) {
+    if (!current || (!current->fFree && current->fFresh == current->fEnd)) {
         Page* next = heap.fAvailable[c];
         if (next) {
             UnlinkAvailable(heap, next);
@@ -155,9 +147,13 @@ void* AllocateOwned(Heap& heap, size_t c) {
         next->fState = kCurrent;
         current = next;
     }
-    FreeBlock* block = current->fFree;
-    current->fFree = block->fNext;
     ++current->fUsed;
+    if (FreeBlock* block = current->fFree) {
+        current->fFree = block->fNext;
+        return block;
+    }
+    void* block = current->fFresh;
+    current->fFresh += current->fBlockBytes;
     return block;
 }
 

@@ -1,5 +1,6 @@
-// Small-block memory for tree nodes and member-map nodes. A tree is still allocated and freed
-// node by node; this makes both cheap and keeps a tree's nodes close together.
+// Block memory for tree nodes and their storage (member tables, element arrays, texts). A tree
+// is still allocated and freed node by node; this makes both cheap and keeps a tree's nodes
+// close together.
 //
 // Blocks live in 64 KiB pages, each page holding blocks of one size class and owned by one
 // thread's heap; a block's page is found by masking its address. The owning thread allocates
@@ -25,9 +26,12 @@
 namespace JsonMemory {
 
 /// Blocks up to this size come from the pool; larger ones from operator new.
-constexpr size_t kMaxPooled = 256;
+constexpr size_t kMaxPooled = 4096;
 constexpr size_t kGranule = 16;
-constexpr size_t kClasses = kMaxPooled / kGranule;
+/// Classes of 16-byte steps up to 256 bytes, then four classes per doubling up to kMaxPooled
+/// (320, 384, 448, 512, 640, ...): no block wastes more than a fifth of itself.
+constexpr size_t kSmallClasses = 256 / kGranule;
+constexpr size_t kClasses = kSmallClasses + 4 * 4;
 /// Pages are aligned to their size, so that a block's page is its address rounded down.
 constexpr size_t kPageSize = 64 * 1024;
 
@@ -42,6 +46,11 @@ struct alignas(64) Page {
     // The owner's side: only the thread that owns the heap (or, for a heap whose thread has
     // ended, the holder of the pool's lock) touches these.
     FreeBlock* fFree = nullptr;
+    // Blocks never handed out yet, from fFresh to fEnd: a new page is carved as it is used, not
+    // threaded onto a free list all at once.
+    char* fFresh = nullptr;
+    char* fEnd = nullptr;
+    uint32_t fBlockBytes = 0;
     uint32_t fUsed = 0; ///< blocks handed out and not yet back on fFree
     uint16_t fClass = 0;
     uint8_t fState = 0;
@@ -73,8 +82,18 @@ void* AllocateSlow(size_t size);
 void FreeSlow(void* block) noexcept;
 
 inline size_t ClassOf(size_t size) noexcept {
-    return size ? (size - 1) / kGranule : 0;
+    if (size <= 256) return size ? (size - 1) / kGranule : 0;
+    const unsigned top = 63 - static_cast<unsigned>(__builtin_clzll(size - 1)); // 8 for 257..512
+    return kSmallClasses + (top - 8) * 4 + ((size - 1 - (size_t(1) << top)) >> (top - 2));
 }
+
+/// The bytes of every block of class `c`.
+constexpr size_t BlockBytes(size_t c) noexcept {
+    if (c < kSmallClasses) return (c + 1) * kGranule;
+    const size_t doubling = size_t(256) << ((c - kSmallClasses) / 4);
+    return doubling + ((c - kSmallClasses) % 4 + 1) * (doubling / 4);
+}
+static_assert(BlockBytes(kClasses - 1) == kMaxPooled);
 
 inline Page* PageOf(void* block) noexcept {
     return reinterpret_cast<Page*>(reinterpret_cast<uintptr_t>(block) & ~(kPageSize - 1));
@@ -89,6 +108,12 @@ inline void* Allocate(size_t size) {
         if (Page* page = heap->fCurrent[ClassOf(size)]) {
             if (FreeBlock* block = page->fFree) {
                 page->fFree = block->fNext;
+                ++page->fUsed;
+                return block;
+            }
+            if (page->fFresh != page->fEnd) {
+                void* block = page->fFresh;
+                page->fFresh += page->fBlockBytes;
                 ++page->fUsed;
                 return block;
             }
@@ -112,7 +137,7 @@ inline void Free(void* block, size_t size) noexcept {
     Heap* heap = tHeap;
     // The last block of a page, and a block of a page that had none free (it may have to
     // rejoin the pages allocations look at), take the slow path.
-    if (heap && page->fHeap == heap && page->fUsed > 1 && page->fFree) {
+    if (heap && page->fHeap == heap && page->fUsed > 1 && (page->fFree || page->fFresh != page->fEnd)) {
         auto* freed = static_cast<FreeBlock*>(block);
         freed->fNext = page->fFree;
         page->fFree = freed;

@@ -126,14 +126,19 @@ public:
     /// Inserts or replaces without any key check, taking over `value` (never null); when out of
     /// memory the value is released and std::bad_alloc passed on.
     void Put(std::string_view key, JsonValue* value);
+    /// On an empty object: makes room for `count` members whose keys take `keyBytes` bytes
+    /// (JsonMemberTable::StoredBytes), so that readers put them without the table moving.
+    /// Member order is unchanged by it. Throws std::bad_alloc.
+    void PrepareMembers(size_t count, size_t keyBytes) { fMembers.Prepare(count, keyBytes); }
 
     // ---- Tree-walk internals (deep copy and teardown without recursion) ----
     /// A copy with the same keys, sequence numbers, flag and counter whose values are all null.
     static JsonObject* CloneShell(const JsonObject& other);
     MemberTable& MutableMembers() noexcept { return fMembers; }
-    /// Hands every member value's reference to `drop` and leaves the object empty.
-    template <class F> void TakeChildren(F&& drop) {
-        for (Member& member : fMembers) drop(std::exchange(member.fValue, nullptr));
+    /// Hands every member value's reference to `drop` (which must not throw) and leaves the
+    /// object empty.
+    template <class F> void TakeChildren(F&& drop) noexcept {
+        for (const Member& member : fMembers) drop(member.fValue);
         fMembers.Clear();
     }
 

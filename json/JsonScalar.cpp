@@ -7,18 +7,19 @@
 #include <cstdlib>
 #include <cstring>
 
-JsonString::JsonString(const std::string& text, bool* trusted, bool* ok)
-    : JsonValue(eJsonString), fText(text) {
-    const bool valid = (trusted && *trusted) || IsUTF8(fText);
-    if (!valid) fText.clear();
+JsonString::JsonString(std::string_view text, bool* trusted, bool* ok) : JsonValue(eJsonString) {
+    const bool valid = (trusted && *trusted) || IsUTF8(text);
     if (ok) *ok = valid;
+    if (!valid) text = std::string_view();
+    char* target = fInline;
+    if (text.size() >= kInlineText) target = fHeap = static_cast<char*>(JsonMemory::Allocate(text.size() + 1));
+    if (!text.empty()) std::memcpy(target, text.data(), text.size());
+    target[text.size()] = '\0';
+    fLength = text.size();
 }
 
-JsonString::JsonString(std::string&& text, bool* trusted, bool* ok)
-    : JsonValue(eJsonString), fText(std::move(text)) {
-    const bool valid = (trusted && *trusted) || IsUTF8(fText);
-    if (!valid) fText.clear();
-    if (ok) *ok = valid;
+JsonString::~JsonString() {
+    if (fLength >= kInlineText) JsonMemory::Free(fHeap, fLength + 1);
 }
 
 JsonReal::JsonReal(std::string_view pendingText, uint32_t digitCount)

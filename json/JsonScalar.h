@@ -14,23 +14,42 @@
 #include <string>
 #include <string_view>
 
+/// A string. Its text lives in the node when short (up to 23 bytes) and in one block of the
+/// node pool otherwise, always followed by a zero byte; texts of any length fit.
 class JsonString final : public JsonValue {
 public:
     /// Stores `text`. Unless *trusted is true the text is checked for UTF-8; invalid text is
     /// stored as the empty string and *ok (when given) set to false, else *ok is set to true.
-    JsonString(const std::string& text, bool* trusted, bool* ok);
-    JsonString(std::string&& text, bool* trusted, bool* ok);
-    JsonString() : JsonValue(eJsonString) {}
+    /// Throws std::bad_alloc when a long text cannot be stored.
+    JsonString(const std::string& text, bool* trusted, bool* ok)
+        : JsonString(std::string_view(text), trusted, ok) {}
+    JsonString(std::string&& text, bool* trusted, bool* ok)
+        : JsonString(std::string_view(text), trusted, ok) {}
+    JsonString(std::string_view text, bool* trusted, bool* ok);
+    JsonString(const char* text, bool* trusted, bool* ok)
+        : JsonString(std::string_view(text), trusted, ok) {}
+    JsonString() noexcept : JsonValue(eJsonString) { fInline[0] = '\0'; }
+    JsonString(const JsonString&) = delete;
+    ~JsonString() override;
 
-    const std::string& Get() const noexcept { return fText; }
+    /// The text (valid while the node lives); a zero byte follows it.
+    std::string_view Get() const noexcept { return {Text(), fLength}; }
 
     void AppendToString(std::string& out) const override;
     void AppendToMsgPack(BigEndianWriter* writer) const override;
 
 private:
-    friend class JsonValue;
-    std::string fText;
+    static constexpr size_t kInlineText = 24; // with the terminating zero
+
+    const char* Text() const noexcept { return fLength < kInlineText ? fInline : fHeap; }
+
+    size_t fLength = 0;
+    union {
+        char fInline[kInlineText];
+        char* fHeap;
+    };
 };
+static_assert(sizeof(JsonString) <= 48, "a string stays within one 48-byte pool block");
 
 class JsonInteger final : public JsonValue {
 public:

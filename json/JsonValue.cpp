@@ -12,8 +12,11 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
 #include "json/JsonScalar.h"
+#include "json/ParseHelpers.h"
 #include "json/ParserContext.h"
 
+#include <bit>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -36,9 +39,10 @@ void PrintCounter() {
 namespace {
 
 // Reads a string's text by the parser's number rule from position 0; null when it is no number.
-JsonAutoRefPtr<JsonValue> NumberFromText(const std::string& text) {
+// The text is a string node's, so a zero byte follows it.
+JsonAutoRefPtr<JsonValue> NumberFromText(std::string_view text) {
     ParserContext ctx;
-    return JsonAutoRefPtr<JsonValue>(JsonValue::ParseNumber(text, ctx));
+    return JsonAutoRefPtr<JsonValue>(ReadNumber(text.data(), text.size(), ctx));
 }
 
 bool RealToInteger(double v, long long& out) {
@@ -58,7 +62,7 @@ bool RealToInteger(double v, long long& out) {
 
 bool JsonValue::GetAsString(std::string& out) const {
     if (fType == eJsonString) {
-        out = static_cast<const JsonString*>(this)->Get();
+        out.assign(static_cast<const JsonString*>(this)->Get());
         return true;
     }
     out.clear();
@@ -271,18 +275,47 @@ JsonAutoRefPtr<JsonValue> JsonValue::Copy(const JsonValue& value) {
 
 // MARK: - Teardown
 
+namespace {
+
+// Frees a scalar whose last reference is gone. The classes are final, so each delete calls
+// its destructor directly: no virtual call per node.
+void DeleteScalar(JsonValue* node) noexcept {
+    switch (node->GetType()) {
+    case JsonValue::eJsonString: delete static_cast<JsonString*>(node); break;
+    case JsonValue::eJsonInteger: delete static_cast<JsonInteger*>(node); break;
+    case JsonValue::eJsonReal: delete static_cast<JsonReal*>(node); break;
+    case JsonValue::eJsonTrue: delete static_cast<JsonTrue*>(node); break;
+    case JsonValue::eJsonFalse: delete static_cast<JsonFalse*>(node); break;
+    default: delete static_cast<JsonNull*>(node); break;
+    }
+}
+
+// Frees a container whose children have been handed out.
+void DeleteContainer(JsonValue* node) noexcept {
+    switch (node->GetType()) {
+    case JsonValue::eJsonObject: delete static_cast<JsonObject*>(node); break;
+    case JsonValue::eJsonArray: delete static_cast<JsonArray*>(node); break;
+    default: delete static_cast<JsonCompiledObject*>(node); break;
+    }
+}
+
+} // namespace
+
 void JsonValue::Destroy(const JsonValue* node) noexcept {
     if (!node->IsContainer()) {
-        delete node;
+        DeleteScalar(const_cast<JsonValue*>(node));
         return;
     }
     // Children whose last reference goes with their parent are collected here instead of being
     // released from inside the parent's destructor, so a deep tree never recurses.
     std::vector<JsonValue*> dying;
-    auto drop = [&dying](JsonValue* child) {
-        if (!child || !child->ReleaseKeep()) return;
+    auto drop = [&dying](JsonValue* child) noexcept {
+        if (!child) return;
+        // A count of 1 is the parent's own reference: nobody else can reach the child to take
+        // another, so it dies without an atomic read-modify-write.
+        if (child->fUseCount.load(std::memory_order_acquire) != 1 && !child->ReleaseKeep()) return;
         if (!child->IsContainer()) {
-            delete child;
+            DeleteScalar(child);
             return;
         }
         try {
@@ -305,7 +338,7 @@ void JsonValue::Destroy(const JsonValue* node) noexcept {
             static_cast<JsonCompiledObject*>(container)->TakeChildren(drop);
             break;
         }
-        delete container;
+        DeleteContainer(container);
         if (dying.empty()) break;
         current = dying.back();
         dying.pop_back();
@@ -318,32 +351,56 @@ bool JsonValue::IsUTF8(const std::string& s, unsigned long* errorPos) {
     return IsUTF8(std::string_view(s), errorPos);
 }
 
+namespace {
+
+// The continuation bytes each lead byte needs: 1 for 110xxxxx, 2 for 1110xxxx, 3 for
+// 11110xxx; 0 for a byte that cannot start a sequence (10xxxxxx, F8-FF). ASCII is never looked
+// up.
+constexpr auto kFollowing = [] {
+    struct Table {
+        unsigned char fCount[256] = {};
+    } table;
+    for (int c = 0xC0; c < 0xE0; ++c) table.fCount[c] = 1;
+    for (int c = 0xE0; c < 0xF0; ++c) table.fCount[c] = 2;
+    for (int c = 0xF0; c < 0xF8; ++c) table.fCount[c] = 3;
+    return table;
+}();
+
+// For a sequence read as a little-endian word from its lead byte: the bits that must read
+// 10xxxxxx in its continuation bytes, and what they must hold, by continuation count.
+constexpr uint32_t kContinuationMask[4] = {0, 0xC000, 0xC0C000, 0xC0C0C000};
+constexpr uint32_t kContinuationBits[4] = {0, 0x8000, 0x808000, 0x80808000};
+
+} // namespace
+
 bool JsonValue::IsUTF8(std::string_view s, unsigned long* errorPos) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(s.data());
     const size_t n = s.size();
     size_t i = 0;
-    for (;;) {
-        // Runs of ASCII are skipped a block at a time; the blocks only find where the
-        // byte-by-byte check must look, they never decide alone.
-        i = ByteScan::SkipAscii(bytes, i, n);
-        if (i >= n) break;
+    while (i < n) {
         const unsigned char c = bytes[i];
-        size_t follow;
-        if ((c & 0xE0) == 0xC0) {
-            follow = 1;
-        } else if ((c & 0xF0) == 0xE0) {
-            follow = 2;
-        } else if ((c & 0xF8) == 0xF0) {
-            follow = 3;
-        } else {
-            if (errorPos) *errorPos = i; // a stray continuation byte, or F8-FF
-            return false;
+        if (c < 0x80) {
+            // Runs of ASCII are skipped a block at a time; the blocks only find where the
+            // sequence check must look, they never decide alone.
+            i = ByteScan::SkipAscii(bytes, i + 1, n);
+            continue;
         }
-        // The last byte of the sequence must lie inside the string.
-        bool ok = i + follow < n;
-        for (size_t k = 1; ok && k <= follow; ++k) ok = (bytes[i + k] & 0xC0) == 0x80;
+        // One sequence: its last byte must lie inside the string, and its continuation bytes
+        // must be 10xxxxxx (structurally only: overlong forms and surrogates pass).
+        const size_t follow = kFollowing.fCount[c];
+        bool ok = follow != 0 && i + follow < n;
+        if (ok) {
+            if (i + 4 <= n) {
+                uint32_t word;
+                std::memcpy(&word, bytes + i, 4);
+                if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap32(word);
+                ok = (word & kContinuationMask[follow]) == kContinuationBits[follow];
+            } else {
+                for (size_t k = 1; ok && k <= follow; ++k) ok = (bytes[i + k] & 0xC0) == 0x80;
+            }
+        }
         if (!ok) {
-            if (errorPos) *errorPos = i;
+            if (errorPos) *errorPos = i; // the lead byte of the first bad sequence
             return false;
         }
         i += follow + 1;

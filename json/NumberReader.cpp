@@ -38,8 +38,10 @@ size_t SkipDigits(const char* s, size_t pos, size_t size) {
 
 // number: [ "-" ] ( "0" / digit1-9 *DIGIT ) [ "." 1*DIGIT ] [ ( "e" / "E" ) [ "+" / "-" ] 1*DIGIT ]
 JsonValue* JsonValue::ParseNumber(const std::string& text, ParserContext& ctx) {
-    const char* s = text.data();
-    const size_t size = text.size();
+    return ReadNumber(text.data(), text.size(), ctx);
+}
+
+JsonValue* ReadNumber(const char* s, size_t size, ParserContext& ctx) {
     const size_t start = ctx.fPos;
     size_t pos = start;
     if (pos >= size) {

@@ -2,6 +2,7 @@
 // assembly, white space with line counting.
 #include "json/ParseHelpers.h"
 
+#include "json/ByteScan.h"
 #include "json/ParserContext.h"
 
 bool IsHexDigit(char c, unsigned char& value) {
@@ -63,7 +64,7 @@ void SkipWhiteSpace(const char* text, size_t size, ParserContext& ctx) {
     while (pos < size) {
         const char c = text[pos];
         if (c == ' ' || c == '\t') {
-            ++pos;
+            pos = ByteScan::SkipBlanks(reinterpret_cast<const unsigned char*>(text), pos + 1, size);
         } else if (c == '\n' || c == '\r') {
             ++pos;
             if (pos < size && text[pos] == (c == '\n' ? '\r' : '\n')) ++pos;

@@ -17,6 +17,10 @@ void AppendUnicodeAsUTF8(std::string& out, unsigned int codePoint);
 /// Skips blanks, tabs, CR and LF; CR LF and LF CR count as one line break.
 void SkipWhiteSpace(const char* text, size_t size, ParserContext& ctx);
 
+/// JsonValue::ParseNumber over `size` bytes at `s`, which a byte that cannot continue a number
+/// follows (a zero byte at the end of the text will do): a new node, or null with the message.
+JsonValue* ReadNumber(const char* s, size_t size, ParserContext& ctx);
+
 /// True for the ASCII digits 0-9.
 inline bool IsDecimalDigit(char c) {
     return c >= '0' && c <= '9';

@@ -128,7 +128,7 @@ bool JsonValue::WriteToMsgPack(std::string& out) const {
 }
 
 void JsonString::AppendToMsgPack(BigEndianWriter* writer) const {
-    writer->AddString(fText);
+    writer->AddString(Get());
 }
 void JsonInteger::AppendToMsgPack(BigEndianWriter* writer) const {
     WriteInteger(*this, *writer);

@@ -187,14 +187,29 @@ public:
 private:
     struct Frame {
         JsonValue* fContainer = nullptr;
-        JsonValue::EJsonValueType fKind = JsonValue::eJsonNull;
         // Arrays: the key table of compiled elements; compiled objects: their own key table.
         const JsonCompiledObjectContext* fKeys = nullptr;
-        char fPrevious = 0;   // last separator: '{', '[', ',' or a member's first byte
-        bool fInValue = false; // a member value or element is being read
         unsigned long fSlot = 0; // compiled objects: the slot of the value being read
-        size_t fFirstElement = 0; // arrays: where their elements start in fElements
-        std::string fKey;        // objects: the key of the value being read
+        // Arrays: where their elements start in fElements; objects: their members in fMembers.
+        size_t fFirstElement = 0;
+        size_t fFirstKeyByte = 0; // objects: where their decoded keys start in fKeyBytes
+        // Objects: the key of the value being read: in place in the input when it has no
+        // escapes (fKeyInText), else decoded into fKeyBytes.
+        size_t fKeyOffset = 0;
+        size_t fKeyLength = 0;
+        JsonValue::EJsonValueType fKind = JsonValue::eJsonNull;
+        char fPrevious = 0;    // last separator: '{', '[', ',' or a member's first byte
+        bool fInValue = false; // a member value or element is being read
+        bool fKeyInText = false;
+    };
+
+    // A member read and waiting for its object to close: an object takes all its members at
+    // once, its table laid out for them, as an array takes its elements.
+    struct PendingMember {
+        size_t fKeyOffset; // in the input text, or (decoded keys) in fKeyBytes
+        size_t fKeyLength;
+        bool fKeyInText;
+        JsonValue* fValue; // owned until the object takes it
     };
 
     bool AtEnd() const { return fCtx.fPos >= fText.size(); }
@@ -205,6 +220,16 @@ private:
     JsonValue* PopContainer() { return fFrames.Pop().fContainer; }
     /// Closes the innermost frame, an array: it takes the elements read for it.
     JsonValue* PopArray();
+    /// Closes the innermost frame, an object: it takes the members read for it.
+    JsonValue* PopObject();
+    /// Reads the key at fPos into the innermost frame; false with the message set.
+    bool ReadKey(Frame& frame);
+    /// The innermost frame's key has its value: the member waits for its object's close.
+    void AddMember(Frame& frame, JsonValue* value);
+    std::string_view KeyOf(const PendingMember& member) const {
+        return {(member.fKeyInText ? fText.data() : fKeyBytes.data()) + member.fKeyOffset,
+                member.fKeyLength};
+    }
     JsonValue* Fail(const char* message) {
         fCtx.fError = message;
         return Unwind();
@@ -220,8 +245,10 @@ private:
     ParserContext& fCtx;
     JsonFrameStack<Frame> fFrames; // frames are reused, so their key strings keep their capacity
     // The elements of the open arrays, stacked; an array takes its own when it closes, so that
-    // its vector is allocated once at the right size.
+    // its vector is allocated once at the right size. The same for the members of open objects.
     std::vector<JsonValue*> fElements;
+    std::vector<PendingMember> fMembers;
+    std::string fKeyBytes; // the decoded keys of fMembers that are not read in place
     std::string fScratch;
 };
 
@@ -234,7 +261,8 @@ TextParser::Frame& TextParser::Push(JsonValue* container, JsonValue::EJsonValueT
     frame.fKeys = keys;
     frame.fPrevious = opening;
     frame.fInValue = false;
-    frame.fFirstElement = fElements.size();
+    frame.fFirstElement = kind == JsonValue::eJsonObject ? fMembers.size() : fElements.size();
+    frame.fFirstKeyByte = fKeyBytes.size();
     return frame;
 }
 
@@ -245,6 +273,55 @@ JsonValue* TextParser::PopArray() {
     fElements.resize(frame.fFirstElement);
     fFrames.Pop(); // only now: should taking the elements throw, the frame still owns the array
     return array;
+}
+
+JsonValue* TextParser::PopObject() {
+    Frame& frame = fFrames.Top();
+    auto* object = static_cast<JsonObject*>(frame.fContainer);
+    const size_t first = frame.fFirstElement;
+    size_t keyBytes = 0;
+    for (size_t i = first; i < fMembers.size(); ++i)
+        keyBytes += JsonMemberTable::StoredBytes(fMembers[i].fKeyLength);
+    object->PrepareMembers(fMembers.size() - first, keyBytes);
+    // In reading order: a later duplicate replaces the value and keeps the first one's place.
+    // Each member leaves the list as the object takes it, so that an allocation failure
+    // releases every value once (see Unwind).
+    for (size_t i = first; i < fMembers.size(); ++i)
+        object->Put(KeyOf(fMembers[i]), std::exchange(fMembers[i].fValue, nullptr));
+    fMembers.resize(first);
+    fKeyBytes.resize(frame.fFirstKeyByte);
+    fFrames.Pop();
+    return object;
+}
+
+bool TextParser::ReadKey(Frame& frame) {
+    // A key without escapes is taken where it stands when its bytes need no check of their
+    // own (trusted, or checked with the whole input): no copy until the object takes it.
+    const char* s = fText.data();
+    const size_t size = fText.size();
+    const size_t pos = fCtx.fPos;
+    if ((fCtx.fTrustUTF8 || fCtx.fInputIsUTF8) && pos < size && s[pos] == '"') {
+        const size_t stop = FindStringStop(s, pos + 1, size);
+        if (stop < size && s[stop] == '"') {
+            frame.fKeyInText = true;
+            frame.fKeyOffset = pos + 1;
+            frame.fKeyLength = stop - pos - 1;
+            fCtx.fPos = stop + 1;
+            return true;
+        }
+    }
+    if (!JsonValue::ParseString(fText, fScratch, fCtx)) return false;
+    frame.fKeyInText = false;
+    frame.fKeyOffset = fKeyBytes.size();
+    frame.fKeyLength = fScratch.size();
+    fKeyBytes += fScratch;
+    return true;
+}
+
+void TextParser::AddMember(Frame& frame, JsonValue* value) {
+    JsonAutoRefPtr<JsonValue> owned(value); // released here should the list fail to grow
+    fMembers.push_back({frame.fKeyOffset, frame.fKeyLength, frame.fKeyInText, value});
+    owned.Detach();
 }
 
 // Releases every open container; each level that was reading a member value adds its suffix
@@ -274,6 +351,10 @@ JsonValue* TextParser::Unwind() {
     }
     for (JsonValue* element : fElements) element->Release();
     fElements.clear();
+    for (const PendingMember& member : fMembers)
+        if (member.fValue) member.fValue->Release();
+    fMembers.clear();
+    fKeyBytes.clear();
     if (outOfMemory) throw std::bad_alloc();
     return nullptr;
 }
@@ -290,13 +371,21 @@ beginValue:
         if (AtEnd()) return Fail(kUnexpectedEnd);
         const size_t pos = fCtx.fPos;
         switch (s[pos]) {
-        case '"':
-            if (!JsonValue::ParseString(fText, fScratch, fCtx)) return Unwind();
-            {
-                bool trusted = true; // ParseString has checked it as the options ask
-                value = new JsonString(std::move(fScratch), &trusted, nullptr);
+        case '"': {
+            bool trusted = true; // checked as the options ask, by the whole input or below
+            if (fCtx.fTrustUTF8 || fCtx.fInputIsUTF8) {
+                // Without escapes the text is copied once, straight from the input.
+                const size_t stop = FindStringStop(s, pos + 1, size);
+                if (stop < size && s[stop] == '"') {
+                    value = new JsonString(std::string_view(s + pos + 1, stop - pos - 1), &trusted, nullptr);
+                    fCtx.fPos = stop + 1;
+                    goto valueDone;
+                }
             }
+            if (!JsonValue::ParseString(fText, fScratch, fCtx)) return Unwind();
+            value = new JsonString(std::string_view(fScratch), &trusted, nullptr);
             goto valueDone;
+        }
         case '[':
             mode = EStart::kArray;
             goto beginValue;
@@ -359,10 +448,11 @@ containerStep: {
     if (frame.fKind == JsonValue::eJsonObject) {
         // object: "{" [ member *( "," member ) ] "}"   member: string ":" value
         if (AtEnd()) return Fail(kIllegalObject);
-        auto* object = static_cast<JsonObject*>(frame.fContainer);
+        // Members dropped for a bad key do not count: the object is still empty then.
+        const bool empty = fMembers.size() == frame.fFirstElement;
         const char c = Peek();
         if (c == ',') {
-            if (frame.fPrevious == ',' || object->Empty()) return Fail(kObjectLeadingComma);
+            if (frame.fPrevious == ',' || empty) return Fail(kObjectLeadingComma);
             ++fCtx.fPos;
             SkipSpace();
             frame.fPrevious = ',';
@@ -372,11 +462,11 @@ containerStep: {
             if (frame.fPrevious == ',') return Fail(kObjectTrailingComma);
             ++fCtx.fPos;
             SkipSpace();
-            value = PopContainer();
+            value = PopObject();
             goto valueDone;
         }
-        if (frame.fPrevious != ',' && !object->Empty()) return Fail(kObjectCommaExpected);
-        if (!JsonValue::ParseString(fText, frame.fKey, fCtx)) {
+        if (frame.fPrevious != ',' && !empty) return Fail(kObjectCommaExpected);
+        if (!ReadKey(frame)) {
             if (fCtx.fError.empty()) return Fail(kKeyExpected);
             fCtx.fError += kWhileParsingKey;
             return Unwind();
@@ -435,7 +525,7 @@ containerStep: {
 compiledMember: {
     // Unknown keys are read and thrown away; a known key's mask picks the reader for its value.
     Frame& frame = fFrames.Top();
-    if (!JsonValue::ParseString(fText, frame.fKey, fCtx)) {
+    if (!JsonValue::ParseString(fText, fScratch, fCtx)) {
         if (fCtx.fError.empty()) return Fail(kKeyExpected);
         fCtx.fError += kWhileParsingKey;
         return Unwind();
@@ -445,7 +535,7 @@ compiledMember: {
     ++fCtx.fPos;
     SkipSpace();
     const auto* object = static_cast<const JsonCompiledObject*>(frame.fContainer);
-    const unsigned long index = frame.fKeys->IndexOf(frame.fKey);
+    const unsigned long index = frame.fKeys->IndexOf(fScratch);
     frame.fInValue = true;
     mode = EStart::kValue;
     keys = nullptr;
@@ -481,13 +571,14 @@ valueDone:
         frame.fInValue = false;
         switch (frame.fKind) {
         case JsonValue::eJsonObject: {
-            auto* object = static_cast<JsonObject*>(frame.fContainer);
-            if (!fCtx.fTrustUTF8 && !fCtx.fInputIsUTF8 && !JsonValue::IsUTF8(frame.fKey)) {
+            // A key read in place was taken only when no check was due.
+            if (!frame.fKeyInText && !fCtx.fTrustUTF8 && !fCtx.fInputIsUTF8 &&
+                !JsonValue::IsUTF8(std::string_view(fKeyBytes).substr(frame.fKeyOffset, frame.fKeyLength))) {
                 value->Release();
                 // Deliberate: the message for a member the object cannot take is this one.
                 if (fCtx.fStrictKeys) return Fail(kDuplicateKey);
             } else {
-                object->Put(std::move(frame.fKey), value); // out of memory: see RunParser
+                AddMember(frame, value); // out of memory: see RunParser
             }
             SkipSpace();
             goto containerStep;

@@ -56,8 +56,9 @@ TEST(JsonArray, AppendsAndOwnership) {
 }
 
 TEST(JsonArray, AppendGrowthRule) {
-    // The first element gets room for one; the second raises the room to ten at once.
-    const size_t expected[] = {1, 10, 10, 10, 10, 10, 10, 10, 10, 10, 20};
+    // Two elements are held in place; the third raises the room to ten at once, then it
+    // doubles.
+    const size_t expected[] = {2, 2, 10, 10, 10, 10, 10, 10, 10, 10, 20};
     JsonArray array;
     for (size_t capacity : expected) {
         array.AddInteger(1);
