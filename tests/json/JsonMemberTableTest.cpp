@@ -372,6 +372,27 @@ TEST(JsonMemberTable, CopiesAndMovesGrowLikeTheMapAtEverySize) {
     }
 }
 
+// A table laid out in advance for its members (as readers do) still follows the map: the
+// room made changes neither the order nor the bucket count. Duplicates and a wrong guess of
+// the key bytes included.
+TEST(JsonMemberTable, PreparedTablesFollowTheMap) {
+    const auto& universe = Universe();
+    for (size_t n : {1, 2, 8, 9, 13, 14, 100, 1000}) {
+        for (const size_t guess : {size_t(0), size_t(1), size_t(100000)}) {
+            SCOPED_TRACE(std::to_string(n) + " members, key bytes guessed " + std::to_string(guess));
+            JsonMemberTable table;
+            table.Prepare(n, guess ? guess : 16 * n);
+            StdMap map;
+            for (unsigned long i = 0; i < n; ++i) {
+                const std::string& key = universe[i % (n - n / 5)]; // a fifth are duplicates
+                table.TryEmplace(key, i, FakeValue(i));
+                map.try_emplace(key, i, FakeValue(i));
+            }
+            ASSERT_TRUE(Same(table, map));
+        }
+    }
+}
+
 // ---- Real std::hash collisions ----
 
 const std::vector<std::string>& CollidingKeys() {
