@@ -131,7 +131,7 @@ JsonValue* ReadNumber(const char* s, size_t size, ParserContext& ctx) {
 
     const std::string_view number(s + start, pos - start);
     JsonValue* real;
-    if (exponentDigits > 1 || fractionDigits >= 18) {
+    if ((exponentDigits > 1 || fractionDigits >= 18) && !ctx.fStandard) {
         // The byte after the number cannot continue it, so the text converts in place.
         const double value = JsonReal::StrToDouble(number.data(), number.size());
         if (value >= JsonReal::sInfinity) {

@@ -18,6 +18,10 @@ struct ParserContext {
     bool fComplete = false;      ///< set when a whole document was read
     bool fCheckUTF8 = false;     ///< check the whole input once before parsing
     bool fInputIsUTF8 = false;   ///< result of that check; skips per-string checks
+    /// The standard profile, for tools that must not change what a document means (never set
+    /// by the module): surrogate pairs decode by the standard formula, and every real keeps its
+    /// text (none is converted while reading, so none is refused as out of range).
+    bool fStandard = false;
 
     /// Resets position, line, error and the result flags; keeps the options.
     void Reset() {

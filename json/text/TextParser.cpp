@@ -68,9 +68,12 @@ bool ReadUnicodeEscape(const std::string& text, size_t backslash, size_t& pos, s
             return false;
         }
         if (low >= 0xDC00 && low <= 0xDFFF) {
-            // Deliberate: this exact formula, asymmetry included (see the file header).
+            // Deliberate: this exact formula, asymmetry included (see the file header); the
+            // standard profile decodes the pair as Unicode says.
             const unsigned int high = unit;
-            AppendUnicodeAsUTF8(out, (((high | 0x40) << 10) - 0x3600000) | (low - 0xDC00u));
+            AppendUnicodeAsUTF8(out, ctx.fStandard
+                                         ? 0x10000 + ((high - 0xD800u) << 10) + (low - 0xDC00u)
+                                         : (((high | 0x40) << 10) - 0x3600000) | (low - 0xDC00u));
         } else {
             AppendUnicodeAsUTF8(out, unit);
             AppendUnicodeAsUTF8(out, low);

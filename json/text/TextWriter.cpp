@@ -121,6 +121,12 @@ constexpr unsigned long long kPowersOf10[20] = {1ULL,
 // rounds up) that is one too many and the number gets a leading 0: 9999999999999999 prints as
 // 09999999999999999. Below 10^14 no rounding can reach the next power, so the exact count is
 // taken and the logarithm skipped.
+int ExactDigitCount(unsigned long long magnitude) {
+    int count = 1;
+    while (count < 20 && magnitude >= kPowersOf10[count]) ++count;
+    return count;
+}
+
 int DigitCount(unsigned long long magnitude) {
     if (magnitude < kPowersOf10[14]) {
         // The bit length gives the count or one more; one comparison settles it.
@@ -142,12 +148,13 @@ constexpr auto kDigitPairs = [] {
     return table;
 }();
 
-void PutInteger(TextSink& sink, unsigned long long magnitude, bool negative) {
+void PutInteger(TextSink& sink, unsigned long long magnitude, bool negative, bool standard) {
     if (magnitude == 0) {
         sink.Put('0');
         return;
     }
-    const int count = DigitCount(magnitude);
+    // The standard profile writes exactly the digits the number has.
+    const int count = standard ? ExactDigitCount(magnitude) : DigitCount(magnitude);
     char* at = sink.Reserve(static_cast<size_t>(count) + 1);
     size_t length = 0;
     if (negative) at[length++] = '-';
@@ -246,7 +253,7 @@ void PutReal(TextSink& sink, const JsonReal& real) {
     PutShortestFixed(sink, value);
 }
 
-void PutScalar(TextSink& sink, const JsonValue& node) {
+void PutScalar(TextSink& sink, const JsonValue& node, bool standard) {
     switch (node.GetType()) {
     case JsonValue::eJsonString:
         sink.Put('"');
@@ -258,7 +265,7 @@ void PutScalar(TextSink& sink, const JsonValue& node) {
         const unsigned long long bits = integer.Bits();
         // A negative magnitude is 0 minus the value as unsigned 64 bits: exact for the smallest.
         const bool negative = !integer.IsUnsigned() && static_cast<long long>(bits) < 0;
-        PutInteger(sink, negative ? 0 - bits : bits, negative);
+        PutInteger(sink, negative ? 0 - bits : bits, negative, standard);
         break;
     }
     case JsonValue::eJsonReal:
@@ -286,8 +293,9 @@ void PutKey(TextSink& sink, std::string_view key) {
 struct CompactVisitor {
     static constexpr bool kVisitMissing = false;
     TextSink& fSink;
+    bool fStandard;
 
-    void Scalar(const JsonValue& node) { PutScalar(fSink, node); }
+    void Scalar(const JsonValue& node) { PutScalar(fSink, node, fStandard); }
     void BeginObject(const JsonObject&) { fSink.Put('{'); }
     void EndObject(const JsonObject&, size_t) { fSink.Put('}'); }
     void BeginArray(const JsonArray&) { fSink.Put('['); }
@@ -314,11 +322,12 @@ struct PrettyVisitor {
     const std::string& fIndent;
     const std::string& fNewLine;
     int fLevel; // level of the innermost open container, once one is open
+    bool fStandard;
     // The line break followed by the indentation of the deepest level so far: a new line of
     // any level is one piece of it.
     std::string fLineStart = fNewLine;
 
-    void Scalar(const JsonValue& node) { PutScalar(fSink, node); }
+    void Scalar(const JsonValue& node) { PutScalar(fSink, node, fStandard); }
     void NewLine(int level) {
         const size_t length = fNewLine.size() + fIndent.size() * static_cast<size_t>(std::max(level, 0));
         while (fLineStart.size() < length) fLineStart += fIndent;
@@ -375,16 +384,16 @@ void PrettyPrintStartNewLine(std::string& out, const std::string& indent, const 
 
 namespace TextWriter {
 
-void WriteCompact(const JsonValue& root, std::string& out) {
+void WriteCompact(const JsonValue& root, std::string& out, const TextWriterOptions& options) {
     TextSink sink(out);
-    CompactVisitor visitor{sink};
+    CompactVisitor visitor{sink, options.fStandard};
     WalkTree<EMemberOrder::kMemberOrder>(root, visitor);
 }
 
 void WritePretty(const JsonValue& root, std::string& out, const std::string& indent,
-                 const std::string& newLine, int level) {
+                 const std::string& newLine, int level, const TextWriterOptions& options) {
     TextSink sink(out);
-    PrettyVisitor visitor{sink, indent, newLine, level};
+    PrettyVisitor visitor{sink, indent, newLine, level, options.fStandard};
     WalkTree<EMemberOrder::kMemberOrder>(root, visitor);
 }
 

@@ -20,10 +20,17 @@ void AppendQuotedString(const std::string& text, std::string& out);
 void PrettyPrintStartNewLine(std::string& out, const std::string& indent,
                              const std::string& newLine, int level);
 
+/// How the writer writes. The default is the module's designed output; the standard profile
+/// (never used by the module) is for tools that must not change what a document means.
+struct TextWriterOptions {
+    /// Integers get exactly their digits (no leading 0 from the logarithm formula).
+    bool fStandard = false;
+};
+
 namespace TextWriter {
 /// The compact text of any node, containers included.
-void WriteCompact(const JsonValue& root, std::string& out);
+void WriteCompact(const JsonValue& root, std::string& out, const TextWriterOptions& options = {});
 /// The pretty text of any node standing at nesting depth `level`.
 void WritePretty(const JsonValue& root, std::string& out, const std::string& indent,
-                 const std::string& newLine, int level);
+                 const std::string& newLine, int level, const TextWriterOptions& options = {});
 } // namespace TextWriter

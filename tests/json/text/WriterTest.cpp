@@ -164,6 +164,47 @@ TEST(Writer, DeliberateNonRoundTrips) {
     EXPECT_EQ(big->GetType(), JsonValue::eJsonInteger);
 }
 
+// The standard profile (for tools; the module never uses it) changes exactly the deliberate
+// departures from the JSON standard, and nothing else.
+TEST(Writer, StandardProfileKeepsWhatDocumentsMean) {
+    struct Row {
+        const char* fName;
+        std::string fText;
+        std::string fDesigned; // what the module reads and writes back, or "error: ..."
+        std::string fStandard;
+    };
+    const Row rows[] = {
+        {"surrogate pair with bit 6 set", R"("\uD840\uDC00")", "\"\xF0\x90\x80\x80\"",
+         "\"\xF0\xA0\x80\x80\""},
+        {"surrogate pair with bit 6 clear", R"("\uD83D\uDE00")", "\"\xF0\x9F\x98\x80\"",
+         "\"\xF0\x9F\x98\x80\""},
+        {"integer just below a power of ten", "9999999999999999", "09999999999999999",
+         "9999999999999999"},
+        {"largest unsigned integer", "18446744073709551615", "18446744073709551615",
+         "18446744073709551615"},
+        {"real beyond the double range", "1e400", "error: real number out of double range", "1e400"},
+        {"real with a long fraction", "0.1234567890123456789", "0.12345678901234567737",
+         "0.1234567890123456789"},
+        {"real with a two-digit exponent", "1.5e10", "1.5e+10", "1.5e10"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.fName);
+        for (const bool standard : {false, true}) {
+            ParserContext ctx;
+            ctx.fStandard = standard;
+            const ValuePtr value = JsonValue::ReadFromString(row.fText, &ctx, nullptr);
+            std::string out = "error: " + ctx.fError;
+            if (value) {
+                out.clear();
+                TextWriterOptions options;
+                options.fStandard = standard;
+                TextWriter::WriteCompact(*value, out, options);
+            }
+            EXPECT_EQ(out, standard ? row.fStandard : row.fDesigned);
+        }
+    }
+}
+
 TEST(Writer, CompactAndPrettyLayout) {
     const ValuePtr example = Parse("{\"a\":1,\"b\":[true,null]}");
     const ValuePtr empties = Parse("{\"a\":{},\"b\":[]}");
