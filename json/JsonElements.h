@@ -75,12 +75,14 @@ private:
     void MoveTo(size_t capacity);
     void FreeBlock() noexcept;
 
+    struct Block {
+        JsonValue** fData;
+        size_t fCapacity;
+    };
+
     size_t fSize = 0;
     union {
-        struct {
-            JsonValue** fData;
-            size_t fCapacity;
-        } fBlock;
+        Block fBlock;
         JsonValue* fInPlace[kInPlace];
     };
 };
