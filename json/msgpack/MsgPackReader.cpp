@@ -40,10 +40,9 @@ bool Fail(ParserContext& ctx, const char* message) {
     return false;
 }
 
-} // namespace
-
-bool ParseStringFromMsgPack(unsigned char code, const char*& position, const char* end,
-                            ParserContext& context, std::string& out) {
+// A string's bytes, where they stand in the input (see ParseStringFromMsgPack).
+bool StringBytes(unsigned char code, const char*& position, const char* end, ParserContext& context,
+                 std::string_view& out) {
     unsigned long long length;
     int lengthBytes = 0;
     if (code == 0xDB) {
@@ -63,8 +62,18 @@ bool ParseStringFromMsgPack(unsigned char code, const char*& position, const cha
         position += lengthBytes;
     }
     if (static_cast<unsigned long long>(end - position) < length) return Fail(context, kUnexpectedEnd);
-    out.assign(position, static_cast<size_t>(length));
+    out = std::string_view(position, static_cast<size_t>(length));
     position += length;
+    return true;
+}
+
+} // namespace
+
+bool ParseStringFromMsgPack(unsigned char code, const char*& position, const char* end,
+                            ParserContext& context, std::string& out) {
+    std::string_view bytes;
+    if (!StringBytes(code, position, end, context, bytes)) return false;
+    out.assign(bytes);
     return true;
 }
 
@@ -102,7 +111,15 @@ private:
         const JsonCompiledObjectContext* fKeys = nullptr;
         unsigned long fSlot = 0;        // compiled objects: slot of the value being read
         const char* fValueStart = nullptr; // compiled objects: where that value started
-        std::string fKey;               // objects: key of the value being read
+        size_t fFirstMember = 0;        // objects: where their members start in fMembers
+        std::string_view fKey;          // key of the value being read, where it stands in the input
+    };
+
+    // A member read and waiting for its map to end: an object takes all its members at once,
+    // its table laid out for them. Keys stay where they stand in the input.
+    struct PendingMember {
+        std::string_view fKey;
+        JsonValue* fValue; // owned until the object takes it
     };
 
     JsonValue* Fail(const char* message) {
@@ -111,6 +128,9 @@ private:
     }
     JsonValue* Unwind() noexcept {
         while (fFrames.Depth() > 0) fFrames.Pop().fContainer->Release();
+        for (const PendingMember& member : fMembers)
+            if (member.fValue) member.fValue->Release();
+        fMembers.clear();
         fReserved = 0;
         return nullptr;
     }
@@ -119,13 +139,10 @@ private:
     // A container header: `count` entries follow. Maps become compiled objects under a key table.
     void OpenMap(unsigned long long count, const JsonCompiledObjectContext* keys);
     void OpenArray(unsigned long long count, const JsonCompiledObjectContext* keys);
-    /// Closes the innermost frame and hands its container over.
-    JsonValue* Pop() noexcept {
-        Frame& frame = fFrames.Pop();
-        fReserved -= frame.fReserved; // 0 by now: its reserved slots were filled first
-        return frame.fContainer;
-    }
-    bool ReadKey(std::string& key);
+    /// Closes the innermost frame and hands its container over; an object takes its pending
+    /// members first. Throws std::bad_alloc with the frame still open (see Unwind).
+    JsonValue* Pop();
+    bool ReadKey(std::string_view& key);
     /// Stores a finished value in the innermost container; takes over `value` in every case.
     /// False (with the message set) when the container refuses it.
     bool Store(JsonValue* value);
@@ -139,6 +156,7 @@ private:
     // Element slots reserved and not yet filled, over all open arrays. Each such slot needs at
     // least one byte of what is still unread, so this never exceeds the bytes left.
     size_t fReserved = 0;
+    std::vector<PendingMember> fMembers; // of the open objects, stacked
     std::string fScratch;
 };
 
@@ -151,6 +169,26 @@ void MsgPackParser::Push(JsonValue* container, JsonValue::EJsonValueType kind,
     frame.fRemaining = count;
     frame.fReserved = 0;
     frame.fKeys = keys;
+    frame.fFirstMember = fMembers.size();
+}
+
+JsonValue* MsgPackParser::Pop() {
+    Frame& frame = fFrames.Top();
+    if (frame.fKind == JsonValue::eJsonObject) {
+        auto* object = static_cast<JsonObject*>(frame.fContainer);
+        size_t keyBytes = 0;
+        for (size_t i = frame.fFirstMember; i < fMembers.size(); ++i)
+            keyBytes += JsonMemberTable::StoredBytes(fMembers[i].fKey.size());
+        object->PrepareMembers(fMembers.size() - frame.fFirstMember, keyBytes);
+        // In reading order: the later of two duplicate keys wins. Each member leaves the list
+        // as the object takes it, so that an allocation failure releases every value once.
+        for (size_t i = frame.fFirstMember; i < fMembers.size(); ++i)
+            object->Put(fMembers[i].fKey, std::exchange(fMembers[i].fValue, nullptr));
+        fMembers.resize(frame.fFirstMember);
+    }
+    fFrames.Pop();
+    fReserved -= frame.fReserved; // 0 by now: its reserved slots were filled first
+    return frame.fContainer;
 }
 
 void MsgPackParser::OpenMap(unsigned long long count, const JsonCompiledObjectContext* keys) {
@@ -177,12 +215,12 @@ void MsgPackParser::OpenArray(unsigned long long count, const JsonCompiledObject
     fReserved += reserve;
 }
 
-bool MsgPackParser::ReadKey(std::string& key) {
+bool MsgPackParser::ReadKey(std::string_view& key) {
     // A key may start exactly at the end: the byte there is the input's terminating zero,
     // which is no string code.
     const unsigned char code = fPos < fEnd ? static_cast<unsigned char>(*fPos) : 0;
     ++fPos;
-    if (!ParseStringFromMsgPack(code, fPos, fEnd, fCtx, key)) {
+    if (!StringBytes(code, fPos, fEnd, fCtx, key)) {
         if (fPos > fEnd) fPos = fEnd;
         Unwind();
         return false;
@@ -206,10 +244,11 @@ beginValue: {
         OpenArray(code & 0x0F, keys);
         goto containerStep;
     } else if (code <= 0xBF || (code >= 0xD9 && code <= 0xDB)) { // fixstr, str 8/16/32
-        if (!ParseStringFromMsgPack(code, fPos, fEnd, fCtx, fScratch)) return Unwind();
+        std::string_view text;
+        if (!StringBytes(code, fPos, fEnd, fCtx, text)) return Unwind();
         bool trusted = fCtx.fTrustUTF8;
         // Deliberate: invalid UTF-8 becomes the empty string, without an error.
-        value = new JsonString(std::move(fScratch), &trusted, nullptr);
+        value = new JsonString(text, &trusted, nullptr);
     } else if (code >= 0xE0) { // negative fixint
         value = new JsonInteger(static_cast<long long>(static_cast<signed char>(code)));
     } else {
@@ -294,7 +333,8 @@ containerStep: {
     default: {
         if (!ReadKey(frame.fKey)) return nullptr;
         const auto* object = static_cast<const JsonCompiledObject*>(frame.fContainer);
-        const unsigned long index = frame.fKeys->IndexOf(frame.fKey);
+        fScratch.assign(frame.fKey);
+        const unsigned long index = frame.fKeys->IndexOf(fScratch);
         frame.fValueStart = fPos;
         if (index >= object->SlotCount()) { // unknown keys are skipped without error
             frame.fSlot = JsonCompiledObjectContext::sMaxIndex;
@@ -334,7 +374,8 @@ bool MsgPackParser::Store(JsonValue* value) {
             }
             return true; // dropped silently
         }
-        static_cast<JsonObject*>(frame.fContainer)->Put(std::move(frame.fKey), owned.Detach());
+        fMembers.push_back({frame.fKey, value});
+        owned.Detach();
         return true;
     default: {
         if (frame.fSlot == JsonCompiledObjectContext::sMaxIndex) return true; // skipped key
