@@ -19,7 +19,9 @@ set(VIRELO_JSON_SDK_HEADERS
 # virelo_json_layer(<name> GLOBS <patterns...> [EXCLUDE <files...>])
 # Stages the headers matching the patterns (relative to the project root) into
 # build/layers/<name>/ and makes the INTERFACE target virelo_json_<name>_headers that exposes
-# that folder. New headers are picked up at the next build (CONFIGURE_DEPENDS).
+# that folder. New headers are picked up at the next build (CONFIGURE_DEPENDS). The staged
+# list is left in VIRELO_JSON_<name>_HEADERS, so that installing copies exactly what a layer's
+# users see in the build tree.
 function(virelo_json_layer name)
     cmake_parse_arguments(ARG "" "" "GLOBS;EXCLUDE" ${ARGN})
     set(patterns)
@@ -40,6 +42,7 @@ function(virelo_json_layer name)
     endforeach()
     add_library(virelo_json_${name}_headers INTERFACE)
     target_include_directories(virelo_json_${name}_headers INTERFACE ${root})
+    set(VIRELO_JSON_${name}_HEADERS ${headers} PARENT_SCOPE)
 endfunction()
 
 virelo_json_layer(value GLOBS json/*.h)
