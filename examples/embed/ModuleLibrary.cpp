@@ -2,6 +2,8 @@
 // entries in the module definition text.
 #include "ModuleLibrary.h"
 
+#include <host/InterfaceImpl.h>
+
 #include <dlfcn.h>
 
 #include <stdexcept>

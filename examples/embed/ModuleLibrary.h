@@ -3,7 +3,6 @@
 // every object the module made must be released before it goes.
 #pragma once
 
-#include <host/InterfaceImpl.h>
 #include <host/VireloInterfaces.h>
 
 #include <string>
