@@ -7,11 +7,15 @@
 #include "json/JsonCompiledObject.h"
 #include "json/JsonObject.h"
 
+#include <algorithm>
 #include <vector>
 
 enum class EMemberOrder {
     kMemberOrder, ///< insertion order for ordered objects (the text writer's order)
     kMapOrder,    ///< the member map's own iteration order (the MessagePack order)
+    /// Sorted by key, byte by byte (so by code point for UTF-8 keys): for tools that sort
+    /// keys. Compiled objects keep their slot order.
+    kKeyOrder,
 };
 
 /// Visits `root`. The visitor provides:
@@ -45,6 +49,12 @@ template <EMemberOrder Order, class Visitor> void WalkTree(const JsonValue& root
             const size_t begin = members.size();
             if constexpr (Order == EMemberOrder::kMemberOrder) {
                 object.AppendOrderedMembers(members);
+            } else if constexpr (Order == EMemberOrder::kKeyOrder) {
+                for (const auto& member : object.Members()) members.push_back(&member);
+                std::sort(members.begin() + static_cast<std::ptrdiff_t>(begin), members.end(),
+                          [](const JsonObject::Member* a, const JsonObject::Member* b) {
+                              return a->Key() < b->Key();
+                          });
             } else {
                 for (const auto& member : object.Members()) members.push_back(&member);
             }
