@@ -1,12 +1,14 @@
 // TextStreamWriter. The layouts mirror TextWriter's visitors byte for byte; scalars and key
 // escaping are TextWriter's own (WriteCompact of the node, AppendQuotedString), so that number
-// and string formatting has one definition.
+// and string formatting has one definition, apart from the standard profile's two additions.
 #include "json/text/TextStreamWriter.h"
 
 #include "json/JsonScalar.h"
 #include "json/TreeWalk.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <string_view>
 
@@ -34,6 +36,9 @@ public:
     std::string& Buffer() { return fOut.Buffer(); }
 
     void Scalar(const JsonValue& node) {
+        if (fOptions.fStandard && node.GetType() == JsonValue::eJsonReal &&
+            PutShortestReal(static_cast<const JsonReal&>(node)))
+            return;
         if (fOptions.fStandard && node.GetType() == JsonValue::eJsonString) {
             const std::string_view text = static_cast<const JsonString&>(node).Get();
             if (FindEncodedSurrogate(text, 0) != kNone) {
@@ -43,7 +48,11 @@ public:
                 return;
             }
         }
-        TextWriter::WriteCompact(node, Buffer(), fOptions);
+        // Through a small string: TextWriter grows its target by doubling, which on the
+        // output's buffer would cost the buffer's size for every scalar.
+        fItem.clear();
+        TextWriter::WriteCompact(node, fItem, fOptions);
+        Buffer() += fItem;
     }
 
     /// The opening quote mark and the escaped key; the layout adds the rest.
@@ -53,6 +62,23 @@ public:
     }
 
 private:
+    // A real made from a double (as MessagePack gives them) in the fewest digits that read
+    // back to the same double: TextWriter's fixed notation loses the sign of -0.0 and, beyond
+    // 255 characters, every digit of the tiniest values. Reals that hold their text, reals
+    // with a digit count and non-finite values are left to TextWriter.
+    bool PutShortestReal(const JsonReal& real) {
+        if (real.HasPendingText() || real.GetDigitCount() != 0) return false;
+        const double value = real.Get();
+        if (!std::isfinite(value)) return false;
+        char text[32];
+        const auto result = std::to_chars(text, text + sizeof text, value);
+        const std::string_view digits(text, static_cast<size_t>(result.ptr - text));
+        Buffer() += digits;
+        // As TextWriter: a whole number keeps a fraction, so that it still reads as a real.
+        if (digits.find_first_of(".e") == std::string_view::npos) Buffer() += ".0";
+        return true;
+    }
+
     void PutQuoted(std::string_view text) {
         size_t clean = 0;
         if (fOptions.fStandard) {
@@ -72,13 +98,17 @@ private:
     }
 
     void PutEscaped(std::string_view text) {
-        fScratch.assign(text); // AppendQuotedString takes a std::string; the copy keeps its room
-        AppendQuotedString(fScratch, Buffer());
+        fText.assign(text); // AppendQuotedString takes a std::string
+        fItem.clear();      // and grows its target as TextWriter does (see Scalar)
+        AppendQuotedString(fText, fItem);
+        Buffer() += fItem;
     }
 
     ChunkedOutput& fOut;
     const TextWriterOptions& fOptions;
-    std::string fScratch;
+    // Reused for every item, so that they keep their room.
+    std::string fText;
+    std::string fItem;
 };
 
 // TextWriter's compact layout.

@@ -1,8 +1,10 @@
 // TextStreamWriter: JSON text through a ChunkedOutput, so that a large document leaves in
 // bounded pieces instead of as one string. The bytes are TextWriter's, compact or pretty, with
-// members in member order or sorted by key. With the standard profile a string holding an
-// encoded UTF-16 surrogate (what a lone "\uD800" escape reads as) writes it back as that
-// escape, so that the output stays UTF-8 and reads back to the same string.
+// members in member order or sorted by key. The standard profile adds two things, so that
+// output reads back to the same document: a string holding an encoded UTF-16 surrogate (what a
+// lone "\uD800" escape reads as) writes it back as that escape, keeping the output UTF-8; and
+// a real made from a double (not read from text) is written in the fewest digits that read
+// back to the same double (-0.0 keeps its sign, 5e-324 its digits).
 #pragma once
 
 #include "json/ChunkedOutput.h"

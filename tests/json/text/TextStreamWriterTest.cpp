@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <stdexcept>
 #include <vector>
 
@@ -150,6 +151,33 @@ TEST(TextStreamWriter, StandardProfileWritesEncodedSurrogatesAsEscapes) {
         // What the standard profile writes reads back to the same strings.
         EXPECT_EQ(Stream(*Parse(standard), Options(false, "", true), 2).Joined(), standard);
     }
+}
+
+TEST(TextStreamWriter, StandardProfileWritesDoublesInTheirShortestText) {
+    struct Row { double fValue; std::string fText; };
+    const Row rows[] = {
+        {0.1, "0.1"}, {-0.0, "-0.0"}, {2.0, "2.0"}, {123.25, "123.25"}, {1e19, "1e+19"},
+        {1e300, "1e+300"}, {1.5e-7, "1.5e-07"}, {5e-324, "5e-324"},
+        {static_cast<double>(0.1f), "0.10000000149011612"},
+        {-1.7976931348623157e308, "-1.7976931348623157e+308"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.fText);
+        const JsonReal real(row.fValue);
+        const std::string text = Stream(real, Options(false, "", true), 64).Joined();
+        EXPECT_EQ(text, row.fText);
+        const ValuePtr back = Parse(text);
+        ASSERT_TRUE(back);
+        const double value = static_cast<const JsonReal&>(*back).Get();
+        EXPECT_EQ(std::memcmp(&value, &row.fValue, sizeof value), 0); // the same bits
+        // The designed profile is TextWriter's.
+        std::string designed;
+        TextWriter::WriteCompact(real, designed);
+        EXPECT_EQ(Stream(real, Options(false, "", false), 64).Joined(), designed);
+    }
+    // Reals that hold their text, or were converted from it, are TextWriter's in both profiles.
+    const ValuePtr parsed = Parse("[1.50,-0.0]");
+    EXPECT_EQ(Stream(*parsed, Options(false, "", true), 64).Joined(), "[1.50,-0.0]");
 }
 
 TEST(TextStreamWriter, AThrowingSinkStopsTheWriting) {
