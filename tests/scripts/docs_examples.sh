@@ -1,13 +1,20 @@
 #!/bin/sh
 # Runs every ```vs example of a Markdown file through vhost. An example passes when vhost exits
 # with 0 and its standard output equals the comment lines that end the example (one "# " line
-# per output line, "#" alone for an empty line).
-#   docs_examples.sh VHOST FILE.md
+# per output line, "#" alone for an empty line). With FOLDER, the examples run as if saved in
+# it: its files are linked beside them, so readfile("NAME") reads FOLDER/NAME.
+#   docs_examples.sh VHOST FILE.md [FOLDER]
 set -u
 vhost=$1
 doc=$2
+folder=${3:-}
 work=$(mktemp -d) || exit 2
 trap 'rm -rf "$work"' EXIT
+if [ -n "$folder" ]; then
+    for file in "$folder"/*; do
+        [ -f "$file" ] && { ln -s "$file" "$work/" || exit 2; }
+    done
+fi
 
 # example N goes to $work/N.vs, the lines it should print to $work/N.out
 awk -v dir="$work" '
