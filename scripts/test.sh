@@ -2,7 +2,7 @@
 # Builds and runs every test.
 #   --sanitize address|thread  build into build-asan/ or build-tsan/ with that sanitizer
 #   --only "TARGETS" LABELS      build only these targets and run only the tests whose label
-#                               matches LABELS (a regular expression)
+#                               matches LABELS (a regular expression); fails when no test does
 set -euo pipefail
 cd "$(dirname "$0")/.."
 sanitize=""
@@ -28,8 +28,8 @@ cmake -S . -B "$dir" -G Ninja -DVIRELO_JSON_SANITIZE="$sanitize" >/dev/null
 if [ -n "$target" ]; then
     # shellcheck disable=SC2086 # the targets are a word list
     cmake --build "$dir" --target $target
-    ctest --test-dir "$dir" --output-on-failure -j2 -L "^($label)\$"
+    scripts/run-ctest.sh "$dir" "$label"
 else
     cmake --build "$dir"
-    ctest --test-dir "$dir" --output-on-failure -j2
+    scripts/run-ctest.sh "$dir"
 fi
