@@ -7,8 +7,6 @@
 #include "tools/vhost/host/ModuleDefinition.h"
 #include "tools/vhost/script/Interpreter.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -120,7 +118,10 @@ int main(int argc, char** argv) {
 
     vhost::Interpreter interpreter(host, std::cout, std::cerr);
     if (options.fHasCode) return interpreter.RunScript(options.fScript, "-e", "");
-    if (options.fScript.empty()) return interpreter.RunInteractive(std::cin, isatty(0) != 0);
+    if (options.fScript.empty()) {
+        vhost::StreamLineReader lines(std::cin);
+        return interpreter.RunInteractive(lines);
+    }
 
     std::ifstream in(options.fScript, std::ios::binary);
     std::error_code ec;

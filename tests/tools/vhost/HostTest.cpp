@@ -154,17 +154,22 @@ TEST(Host, CallsRecordStatusWordsAndErrorReports) {
     EXPECT_EQ(context.TakeLastError(), "status 131073");
     EXPECT_EQ(context.TakeLastError(), "");
 
-    // A report is recorded, written unless quiet, and visible to the call that made it.
+    // A report is recorded, written with its call site unless quiet, and visible to the
+    // call that made it.
     const vhost::RegisteredFunction& fail = *registry.FindSymbol("vt_Fail");
     AutoRefPtr<vhost::HostVariant> message = vhost::HostVariant::FromString("bad thing");
     result = vhost::Host::CreateResult(fail.fReturn);
     EXPECT_EQ(host.Call(fail, {message.Get()}, result.Get(), "t.vs", 4), 0u);
     EXPECT_STREQ(result->Interface_GetStringData(), "011 bad thing");
-    EXPECT_EQ(diagnostics.str(), "error: 2 TEST Test.Fail: bad thing\n");
+    EXPECT_EQ(diagnostics.str(), "t.vs:4: error: 2 TEST Test.Fail: bad thing\n");
+    diagnostics.str("");
+    EXPECT_EQ(host.Call(fail, {message.Get()}, result.Get()), 0u);
+    EXPECT_EQ(diagnostics.str(), "error: 2 TEST Test.Fail: bad thing\n") << "no file, no site";
+    diagnostics.str("");
     context.SetQuiet(true);
     EXPECT_EQ(host.Call(fail, {message.Get()}, result.Get(), "t.vs", 5), 0u);
-    EXPECT_EQ(diagnostics.str(), "error: 2 TEST Test.Fail: bad thing\n");
-    ASSERT_EQ(context.Reports().size(), 2u);
+    EXPECT_EQ(diagnostics.str(), "");
+    ASSERT_EQ(context.Reports().size(), 3u);
     EXPECT_EQ(context.TakeLastError(), "2 TEST Test.Fail: bad thing");
 
     // The call site reaches the call-stack text and the logger.

@@ -1,6 +1,7 @@
 # Runs the command after "--" and checks its exit status (EXPECT_EXIT) and, when given, that
 # its standard output and error match the regular expressions EXPECT_OUT and EXPECT_ERR.
-#   cmake -DEXPECT_EXIT=2 -DEXPECT_ERR=regex -P RunVhost.cmake -- vhost ARGS...
+# INPUT names a file to give it as standard input (none: standard input is empty).
+#   cmake -DEXPECT_EXIT=2 -DEXPECT_ERR=regex [-DINPUT=file] -P RunVhost.cmake -- vhost ARGS...
 set(command)
 set(collect OFF)
 math(EXPR last "${CMAKE_ARGC} - 1")
@@ -12,7 +13,11 @@ foreach(i RANGE ${last})
     endif()
 endforeach()
 
-execute_process(COMMAND ${command} RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
+if(NOT INPUT)
+    set(INPUT /dev/null)
+endif()
+execute_process(COMMAND ${command} INPUT_FILE ${INPUT}
+                RESULT_VARIABLE status OUTPUT_VARIABLE out ERROR_VARIABLE err)
 set(problems "")
 if(NOT status STREQUAL EXPECT_EXIT)
     string(APPEND problems "exit status ${status}, expected ${EXPECT_EXIT}\n")

@@ -65,6 +65,8 @@ static const ScriptRow sSyntaxRows[] = {
     {"open string", "\nprint('abc)\n", 2, "", "t.vs:2: unterminated string\n"},
     {"stray character", "print(1) & 2", 2, "", "t.vs:1: unexpected character '&'\n"},
     {"trailing comma", "print([1,])", 2, "", "t.vs:1: expected a value, found ']'\n"},
+    // a byte-order mark is skipped only where a file starts
+    {"late byte-order mark", "print(1)\n\xEF\xBB\xBF", 2, "", "t.vs:2: unexpected byte 239\n"},
 };
 // clang-format on
 
@@ -79,6 +81,7 @@ TEST(Script, SyntaxErrorsStopBeforeRunning) {
 static const ScriptRow sRunRows[] = {
     // statements, comments and separators
     {"separators", "let a = 1; b = \"x#y\" # note\n\n;print(a, b)", 0, "1 x#y\n", ""},
+    {"byte-order mark", "\xEF\xBB\xBFprint(1)\nexpect(2, 3)", 1, "1\nFAIL t.vs:2: got <2>, expected <3>\n", ""},
     {"rebinding", "a = 1\na = 'two'\nprint(a)", 0, "two\n", ""},
     // overloads: first fit in definition order, [] fits any vector
     {"number overload", "print(Add(1, 2))", 0, "3\n", ""},
@@ -119,9 +122,17 @@ TEST(Script, CallsResolveConvertAndReport) {
 static const ScriptRow sScriptErrorRows[] = {
     // the run stops at the first script error, after what came before
     {"unknown function", "print(1)\nNope(2)\nprint(3)", 2, "1\n", "t.vs:2: unknown function Nope\n"},
-    {"no overload", "Add(1, 'a')", 2, "", "t.vs:1: no overload of Add fits (NUMBER, STRING)\n"},
+    // the overloads as declared follow, so the right argument kinds are at hand
+    {"no overload", "Add(1, 'a')", 2, "", "t.vs:1: no overload of Add fits (NUMBER, STRING); its overloads:\n"
+     "  CONST_FUNCTION NUMBER Add (NUMBER,NUMBER) : vt_AddNumbers\n"
+     "  CONST_FUNCTION STRING Add (STRING,STRING) : vt_AddStrings\n"},
     {"no overload for object", "Add(JSON.FromString('x'), [])", 2, "",
-     "t.vs:1: no overload of Add fits (JSON, VECTOR<STRING>)\n"},
+     "t.vs:1: no overload of Add fits (JSON, VECTOR<STRING>); its overloads:\n"
+     "  CONST_FUNCTION NUMBER Add (NUMBER,NUMBER) : vt_AddNumbers\n"
+     "  CONST_FUNCTION STRING Add (STRING,STRING) : vt_AddStrings\n"},
+    {"no overload of an unavailable function", "Gone()", 2, "",
+     "t.vs:1: no overload of Gone fits (); its overloads:\n"
+     "  CONST_FUNCTION STRING Gone (STRING) : vt_NotExported [unavailable]\n"},
     {"missing symbol", "Gone('x')", 2, "", "t.vs:1: Gone is declared but vt_NotExported is missing from the module\n"},
     {"missing symbol by call", "call('vt_NotExported')", 2, "",
      "t.vs:1: Gone is declared but vt_NotExported is missing from the module\n"},
@@ -153,7 +164,8 @@ TEST(Script, InteractivePromptShowsValuesAndGoesOnAfterErrors) {
     std::string error;
     ASSERT_TRUE(host.LoadModule(VHOST_TEST_MODULE, error)) << error;
     vhost::Interpreter interpreter(host, out, err);
-    EXPECT_EQ(interpreter.RunInteractive(in, false), 2);
+    vhost::StreamLineReader lines(in);
+    EXPECT_EQ(interpreter.RunInteractive(lines), 2);
     EXPECT_EQ(out.str(), "3\nx\ny\nFAIL <stdin>:5: got <3>, expected <4>\n");
     EXPECT_EQ(err.str(), "<stdin>:3: unknown function Nope\n");
 }

@@ -98,7 +98,11 @@ std::string HostContext::TakeLastError() {
 void HostContext::Interface_TriggerError(unsigned int severity, const char* source,
                                          const char* errorId, const char* message) {
     ErrorReport report{severity, OrEmpty(source), OrEmpty(errorId), OrEmpty(message)};
-    if (!fQuiet) fDiagnostics << "error: " << report.Text() << '\n';
+    if (!fQuiet) {
+        // Prefixed like the script's own errors, so editors and CI logs can jump to the line.
+        if (!fFile.empty()) fDiagnostics << fFile << ':' << fLine << ": ";
+        fDiagnostics << "error: " << report.Text() << '\n';
+    }
     fLastError = report.Text();
     fCallHasError = true;
     fCallErrorText = report.fMessage;

@@ -31,8 +31,10 @@ public:
     HostContext(const Registry& registry, std::ostream& diagnostics);
 
     /// Stops writing error reports (they are still recorded); log messages still go out.
+    /// A report is written as `FILE:LINE: error: SEVERITY SOURCE ID: MESSAGE` with the
+    /// call site, or without `FILE:LINE: ` when no file is set.
     void SetQuiet(bool quiet) { fQuiet = quiet; }
-    /// The call site given to the call-stack text and the logger.
+    /// The call site given to the call-stack text, the logger and the error reports.
     void SetLocation(std::string file, unsigned int line);
     /// Forgets the error state of the previous call (Interface_HasError and friends).
     void BeginCall();

@@ -224,25 +224,48 @@ ScriptValue LessThan(Interpreter& interpreter, const Expr& call, Arguments& argu
     }));
 }
 
-struct BuiltinEntry {
-    std::string_view fName;
-    BuiltinFunction fFunction;
-};
-
+// In the order help lists them; the summaries are help's one-line descriptions.
 constexpr BuiltinEntry sBuiltins[] = {
-    {"print", Print},        {"expect", Expect},       {"lasterror", LastError},
-    {"typeof", TypeOf},      {"hex2data", HexToData},  {"hex2stream", HexToStream},
-    {"data2hex", DataToHex}, {"str2hex", StringToHex}, {"readfile", ReadFile},
-    {"call", Call},          {"serialize", Serialize}, {"deserialize", Deserialize},
-    {"clone", Clone},        {"transfer", Transfer},   {"lessthan", LessThan},
+    {"print", Print, "print(EXPR, ...)", "the display forms joined by one blank, then a newline"},
+    {"expect", Expect, "expect(ACTUAL, EXPECTED)",
+     "compares display forms; a mismatch prints FAIL, exit status 1"},
+    {"lasterror", LastError, "lasterror()",
+     "the last error since the previous lasterror(), or \"\""},
+    {"typeof", TypeOf, "typeof(EXPR)",
+     "the kind: STRING, NUMBER, BOOLEAN, DATAREF, VECTOR<...>, JSON or NONE"},
+    {"hex2data", HexToData, "hex2data(HEX)", "a data block with these bytes"},
+    {"hex2stream", HexToStream, "hex2stream(HEX)",
+     "like hex2data, but the block offers only reads, no direct pointer"},
+    {"data2hex", DataToHex, "data2hex(DATA)", "the block's bytes as upper-case hex pairs"},
+    {"str2hex", StringToHex, "str2hex(STRING)", "the string's bytes as upper-case hex pairs"},
+    {"readfile", ReadFile, "readfile(PATH)",
+     "a file's bytes as a string (relative to the script's folder)"},
+    {"call", Call, "call(SYMBOL, EXPR, ...)",
+     "calls an exported symbol with exactly these arguments"},
+    {"serialize", Serialize, "serialize(JSON)", "the value's serialized form as a data block"},
+    {"deserialize", Deserialize, "deserialize(DATA)", "a new JSON from a serialized form"},
+    {"clone", Clone, "clone(JSON)", "a deep copy through the value's Interface_Clone"},
+    {"transfer", Transfer, "transfer(JSON)",
+     "a new JSON sharing the value's tree through the binary-data channel"},
+    {"lessthan", LessThan, "lessthan(JSON, JSON)",
+     "the first value's Interface_LessThan of the second"},
 };
 
 } // namespace
 
-BuiltinFunction FindBuiltin(std::string_view name) {
+const BuiltinEntry* FindBuiltinEntry(std::string_view name) {
     for (const BuiltinEntry& entry : sBuiltins)
-        if (entry.fName == name) return entry.fFunction;
+        if (entry.fName == name) return &entry;
     return nullptr;
+}
+
+BuiltinFunction FindBuiltin(std::string_view name) {
+    const BuiltinEntry* entry = FindBuiltinEntry(name);
+    return entry ? entry->fFunction : nullptr;
+}
+
+std::span<const BuiltinEntry> Builtins() {
+    return sBuiltins;
 }
 
 } // namespace vhost

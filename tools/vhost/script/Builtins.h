@@ -6,6 +6,7 @@
 #include "tools/vhost/script/ScriptParser.h"
 #include "tools/vhost/script/ScriptValue.h"
 
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -16,7 +17,17 @@ class Interpreter;
 using BuiltinFunction = ScriptValue (*)(Interpreter& interpreter, const Expr& call,
                                         std::vector<ScriptValue>& arguments);
 
+struct BuiltinEntry {
+    std::string_view fName;
+    BuiltinFunction fFunction;
+    std::string_view fUsage;   ///< e.g. "print(EXPR, ...)"
+    std::string_view fSummary; ///< one line for help
+};
+
 /// The built-in named `name`, or null.
 BuiltinFunction FindBuiltin(std::string_view name);
+const BuiltinEntry* FindBuiltinEntry(std::string_view name);
+/// Every built-in, in the order help lists them.
+std::span<const BuiltinEntry> Builtins();
 
 } // namespace vhost

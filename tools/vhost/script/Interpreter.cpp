@@ -3,11 +3,23 @@
 
 #include "tools/vhost/script/Builtins.h"
 #include "tools/vhost/script/Display.h"
+#include "tools/vhost/script/Help.h"
 #include "tools/vhost/script/ValueBridge.h"
 
 #include <string>
 
 namespace vhost {
+
+namespace {
+
+// Editors on some systems start UTF-8 files with one; it is no part of the script.
+std::string_view WithoutByteOrderMark(std::string_view text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    return text.substr(0, byteOrderMark.size()) == byteOrderMark ? text.substr(byteOrderMark.size())
+                                                                 : text;
+}
+
+} // namespace
 
 Interpreter::Interpreter(Host& host, std::ostream& out, std::ostream& err)
     : fHost(host), fOut(out), fErr(err) {}
@@ -18,7 +30,7 @@ int Interpreter::RunScript(std::string_view text, const std::string& file,
     fFolder = folder;
     std::vector<Statement> statements;
     SyntaxError syntax;
-    if (!ParseScript(text, 1, statements, syntax)) {
+    if (!ParseScript(WithoutByteOrderMark(text), 1, statements, syntax)) {
         Report(syntax.fLine, syntax.fMessage);
         return sExitError;
     }
@@ -32,17 +44,27 @@ int Interpreter::RunScript(std::string_view text, const std::string& file,
     return fExpectFailed ? sExitExpectFailed : sExitOk;
 }
 
-int Interpreter::RunInteractive(std::istream& in, bool showPrompt) {
+int Interpreter::RunInteractive(LineReader& lines) {
     fFile = "<stdin>";
     fFolder.clear();
     bool hadError = false;
     std::string line;
-    for (unsigned int number = 1;; ++number) {
-        if (showPrompt) fOut << "> " << std::flush;
-        if (!std::getline(in, line)) break;
+    unsigned int number = 0;
+    for (;;) {
+        const LineReader::EResult result = lines.ReadLine(line);
+        if (result == LineReader::EResult::eEnd) break;
+        if (result == LineReader::EResult::eCancelled) continue;
+        const std::string_view text = ++number == 1 ? WithoutByteOrderMark(line) : line;
+        std::string helpName;
+        if (ParseHelpCommand(text, helpName)) {
+            const Registry& registry = fHost.GetRegistry();
+            fOut << (helpName.empty() ? HelpOverview(registry) : HelpFor(registry, helpName))
+                 << std::flush;
+            continue;
+        }
         std::vector<Statement> statements;
         SyntaxError syntax;
-        if (!ParseScript(line, number, statements, syntax)) {
+        if (!ParseScript(text, number, statements, syntax)) {
             Report(syntax.fLine, syntax.fMessage);
             hadError = true;
             continue;
@@ -55,7 +77,6 @@ int Interpreter::RunInteractive(std::istream& in, bool showPrompt) {
             hadError = true;
         }
     }
-    if (showPrompt) fOut << '\n';
     return hadError ? sExitError : fExpectFailed ? sExitExpectFailed : sExitOk;
 }
 
@@ -76,7 +97,9 @@ void Interpreter::Execute(const Statement& statement, bool show) {
             Fail(statement.fLine, "nothing to assign to " + statement.fTarget);
         fVariables[statement.fTarget] = std::move(value);
     } else if (show && value.fKind != EValueKind::eNothing) {
-        fOut << Display(value) << '\n';
+        // Flushed so that a value and a module's error report on standard error that
+        // follows it keep their order.
+        fOut << Display(value) << '\n' << std::flush;
     }
 }
 
@@ -147,10 +170,18 @@ ScriptValue Interpreter::EvaluateCall(const Expr& expr) {
             fits = FitsParameter(arguments[i], function->fParameters[i]);
         if (fits) return CallFunction(*function, arguments, expr.fLine);
     }
-    std::string kinds;
-    for (const ScriptValue& argument : arguments)
-        kinds += (kinds.empty() ? "" : ", ") + KindName(argument);
-    Fail(expr.fLine, "no overload of " + expr.fName + " fits (" + kinds + ")");
+    FailNoOverload(expr, arguments);
+}
+
+// Lists the overloads, so the fitting argument kinds need no look-up elsewhere.
+void Interpreter::FailNoOverload(const Expr& expr, const std::vector<ScriptValue>& arguments) {
+    std::string message = "no overload of " + expr.fName + " fits (";
+    for (size_t i = 0; i < arguments.size(); ++i)
+        message += (i > 0 ? ", " : "") + KindName(arguments[i]);
+    message += "); its overloads:";
+    for (const std::string& overload : OverloadDeclarations(fHost.GetRegistry(), expr.fName))
+        message += "\n  " + overload;
+    Fail(expr.fLine, std::move(message));
 }
 
 ScriptValue Interpreter::CallFunction(const RegisteredFunction& function,

@@ -1,13 +1,13 @@
 // Interpreter: runs parsed statements against a Host: variables, overload resolution of
 // module calls, the conversions both ways and the display forms. A script stops at its
-// first error; the interactive prompt reports it and goes on.
+// first error; the interactive prompt reports it and goes on, and also answers `help`.
 #pragma once
 
 #include "tools/vhost/host/Host.h"
+#include "tools/vhost/script/LineReader.h"
 #include "tools/vhost/script/ScriptParser.h"
 #include "tools/vhost/script/ScriptValue.h"
 
-#include <istream>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -32,12 +32,13 @@ public:
     Interpreter(Host& host, std::ostream& out, std::ostream& err);
 
     /// Runs a whole script named `file`; relative readfile paths start in `folder` (the
-    /// current folder when empty). Returns sExitOk, sExitExpectFailed, or sExitError after
-    /// a syntax or script error.
+    /// current folder when empty). A leading UTF-8 byte-order mark is skipped. Returns
+    /// sExitOk, sExitExpectFailed, or sExitError after a syntax or script error.
     int RunScript(std::string_view text, const std::string& file, const std::string& folder);
-    /// Reads statements from `in` line by line and prints the value of each expression
-    /// statement; errors are reported and reading goes on. Returns the worst status seen.
-    int RunInteractive(std::istream& in, bool showPrompt);
+    /// Runs `lines` one at a time as `<stdin>` and prints the value of each expression
+    /// statement; `help` lines print help instead. Errors are reported and reading goes
+    /// on; a cancelled line is dropped uncounted. Returns the worst status seen.
+    int RunInteractive(LineReader& lines);
 
     // ---- For the built-ins ----
 
@@ -59,6 +60,7 @@ private:
     ScriptValue Evaluate(const Expr& expr);
     ScriptValue EvaluateVector(const Expr& expr);
     ScriptValue EvaluateCall(const Expr& expr);
+    [[noreturn]] void FailNoOverload(const Expr& expr, const std::vector<ScriptValue>& arguments);
     std::string ObjectText(const ScriptValue& value);
     void Report(unsigned int line, const std::string& message);
 

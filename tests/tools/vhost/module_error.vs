@@ -1,0 +1,3 @@
+print("before")
+JSON.FromString("")
+print("after")
