@@ -26,7 +26,7 @@ for arg in "$@"; do
     esac
 done
 
-scripts/deps.sh g++ cmake ninja-build python3 libbenchmark-dev rapidjson-dev \
+scripts/deps.sh g++ cmake ninja-build python3 libedit-dev libbenchmark-dev rapidjson-dev \
     nlohmann-json3-dev libjsoncpp-dev libcjson-dev libsimdjson-dev libmsgpack-cxx-dev
 
 dir="${BENCH_BUILD_DIR:-build-bench}"

@@ -5,7 +5,7 @@
 # document through jsonfmt.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/deps.sh g++ cmake ninja-build googletest libgtest-dev
+scripts/deps.sh g++ cmake ninja-build googletest libgtest-dev libedit-dev
 cmake -S . -B build -G Ninja >/dev/null
 cmake --build build --target virelo_json vhost jsonfmt
 script="${1:-examples/hello.vs}"

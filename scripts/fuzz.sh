@@ -15,7 +15,7 @@ targets=("$@")
 [ ${#targets[@]} -eq 0 ] &&
     targets=(fuzz_text_parse fuzz_msgpack_read fuzz_node_path fuzz_ijson_deserialize fuzz_script_calls)
 
-scripts/deps.sh clang libclang-rt-14-dev cmake ninja-build python3
+scripts/deps.sh clang libclang-rt-14-dev cmake ninja-build python3 libedit-dev
 
 # The longest input each target is given: documents for the text, MessagePack and path targets,
 # less for the serialized form and the call sequences, whose work grows fastest with length.

@@ -16,7 +16,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 
-scripts/deps.sh g++ cmake ninja-build googletest libgtest-dev python3
+scripts/deps.sh g++ cmake ninja-build googletest libgtest-dev libedit-dev python3
 
 case "$sanitize" in
     "") dir=build ;;

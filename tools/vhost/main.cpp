@@ -1,70 +1,33 @@
-// vhost: the reference host. Loads modules through the binary interface and runs scripts.
+// vhost: the reference host. Loads modules through the binary interface and runs scripts,
+// or reads statements at a prompt (line editing and history on a terminal).
 //
-//   vhost [--module PATH]... [--quiet] [--info] [SCRIPT | -e CODE]
+//   vhost [--module PATH]... [--quiet] [--strict] [--info] [SCRIPT | -e CODE]
 //
 // Without --module it loads ../lib/libvirelo_json.so next to its own folder.
+#include "tools/vhost/cli/LineEditor.h"
+#include "tools/vhost/cli/Options.h"
 #include "tools/vhost/host/Host.h"
 #include "tools/vhost/host/ModuleDefinition.h"
 #include "tools/vhost/script/Interpreter.h"
 
+#include <unistd.h>
+
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 #include <string>
 #include <system_error>
-#include <vector>
 
 namespace {
 
 constexpr int sExitUsage = 2;
 
-struct Options {
-    std::vector<std::string> fModules;
-    bool fQuiet = false;
-    bool fInfo = false;
-    bool fHasCode = false;
-    std::string fScript; ///< a file, or the -e code
-};
-
 int Usage(const std::string& problem) {
     std::cerr << "vhost: " << problem << "\n"
-              << "usage: vhost [--module PATH]... [--quiet] [--info] [SCRIPT | -e CODE]\n";
+              << vhost::UsageLine() << "vhost --help describes the options\n";
     return sExitUsage;
-}
-
-bool ParseOptions(int argc, char** argv, Options& options, std::string& problem) {
-    bool haveScript = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--module" || arg == "-e") {
-            if (i + 1 >= argc) {
-                problem = arg + " needs a value";
-                return false;
-            }
-            if (arg == "--module") {
-                options.fModules.emplace_back(argv[++i]);
-                continue;
-            }
-            options.fHasCode = true;
-        } else if (arg == "--quiet") {
-            options.fQuiet = true;
-            continue;
-        } else if (arg == "--info") {
-            options.fInfo = true;
-            continue;
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            problem = "unknown option " + arg;
-            return false;
-        }
-        if (haveScript) {
-            problem = "only one script or -e may be given";
-            return false;
-        }
-        haveScript = true;
-        options.fScript = options.fHasCode ? argv[++i] : arg;
-    }
-    return true;
 }
 
 // The project's module lives in lib/ beside the bin/ folder holding vhost.
@@ -91,12 +54,48 @@ void PrintInfo(const vhost::ModuleLibrary& module) {
     }
 }
 
+// The prompt edits lines only when someone types them on a terminal and sees it; the
+// editor draws on standard error when standard output is redirected.
+int RunPrompt(vhost::Interpreter& interpreter) {
+    std::FILE* screen = isatty(STDOUT_FILENO) ? stdout : stderr;
+    if (isatty(STDIN_FILENO) && isatty(fileno(screen))) {
+        vhost::LineEditor editor(screen, vhost::HistoryFilePath());
+        return interpreter.RunInteractive(editor);
+    }
+    vhost::StreamLineReader lines(std::cin);
+    return interpreter.RunInteractive(lines);
+}
+
+int RunScriptFile(vhost::Interpreter& interpreter, const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::error_code ec;
+    if (!in || std::filesystem::is_directory(path, ec)) {
+        std::cerr << "vhost: cannot read " << path << '\n';
+        return sExitUsage;
+    }
+    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    return interpreter.RunScript(text, path, folder);
+}
+
+// --strict: a run that is otherwise fine fails when a module reported an error.
+int ApplyStrict(int status, size_t reportCount) {
+    if (reportCount == 0) return status;
+    std::cerr << "vhost: --strict: the modules reported " << reportCount
+              << (reportCount == 1 ? " error\n" : " errors\n");
+    return status == vhost::Interpreter::sExitOk ? vhost::Interpreter::sExitExpectFailed : status;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    Options options;
+    vhost::Options options;
     std::string problem;
-    if (!ParseOptions(argc, argv, options, problem)) return Usage(problem);
+    if (!vhost::ParseOptions(argc, argv, options, problem)) return Usage(problem);
+    if (options.fHelp) {
+        std::cout << vhost::HelpText();
+        return 0;
+    }
     if (options.fModules.empty()) options.fModules.push_back(DefaultModulePath(argv[0]));
 
     vhost::Host host(std::cerr);
@@ -117,19 +116,14 @@ int main(int argc, char** argv) {
     }
 
     vhost::Interpreter interpreter(host, std::cout, std::cerr);
-    if (options.fHasCode) return interpreter.RunScript(options.fScript, "-e", "");
-    if (options.fScript.empty()) {
-        vhost::StreamLineReader lines(std::cin);
-        return interpreter.RunInteractive(lines);
-    }
-
-    std::ifstream in(options.fScript, std::ios::binary);
-    std::error_code ec;
-    if (!in || std::filesystem::is_directory(options.fScript, ec)) {
-        std::cerr << "vhost: cannot read " << options.fScript << '\n';
-        return sExitUsage;
-    }
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    const std::string folder = std::filesystem::path(options.fScript).parent_path().string();
-    return interpreter.RunScript(text, options.fScript, folder);
+    int status = 0;
+    if (options.fHasCode)
+        status = interpreter.RunScript(options.fScript, "-e", "");
+    else if (options.fScript.empty())
+        status = RunPrompt(interpreter);
+    else
+        status = RunScriptFile(interpreter, options.fScript);
+    std::cout << std::flush;
+    if (options.fStrict) status = ApplyStrict(status, host.Context().Reports().size());
+    return status;
 }
