@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(pwd)
-scripts/deps.sh g++ cmake ninja-build pkg-config python3
+scripts/deps.sh g++ cmake ninja-build pkg-config python3 libedit-dev
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
