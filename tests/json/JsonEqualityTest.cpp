@@ -38,6 +38,10 @@ TEST(JsonEquality, ComparesParsedTrees) {
         {R"({"a":1})", R"({"b":1})", false},
         {R"({"a":1})", R"({"a":1,"b":2})", false},
         {R"({"a":null})", "{}", false},
+        // orders that agree for a while, then part (the walk falls back to lookups)
+        {R"({"a":1,"b":2,"c":3})", R"({"a":1,"c":3,"b":2})", true},
+        {R"({"a":1,"b":2,"c":3})", R"({"a":1,"c":3,"d":2})", false},
+        {R"({"a":1,"b":2,"c":3})", R"({"a":1,"b":2,"c":4})", false},
         {R"({"a":[1,{"b":[2]}]})", R"({"a":[1,{"b":[2]}]})", true},
         {R"({"a":[1,{"b":[2]}]})", R"({"a":[1,{"b":[3]}]})", false},
         // arrays: order and length
