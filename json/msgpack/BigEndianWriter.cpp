@@ -121,3 +121,16 @@ void BigEndianWriter::AddString(std::string_view text) {
     }
     if (length) std::memcpy(at + header, text.data(), length);
 }
+
+void BigEndianWriter::AddContainerHeader(unsigned char fixBase, unsigned char code16,
+                                         unsigned long long count) {
+    if (count <= 15) {
+        Write8(static_cast<unsigned char>(fixBase + count));
+    } else if (count <= 0xFFFF) {
+        Write8_16(code16, static_cast<uint16_t>(count));
+    } else if (count <= 0xFFFFFFFFULL) {
+        Write8_32(static_cast<unsigned char>(code16 + 1), static_cast<unsigned int>(count));
+    } else {
+        SetFailed();
+    }
+}

@@ -24,6 +24,10 @@ public:
     /// A MessagePack string: the shortest header, then the bytes. A string longer than
     /// 4294967295 bytes writes nothing and clears the ok flag.
     void AddString(std::string_view text);
+    /// An array (`fixBase` 90, `code16` DC) or map (80, DE) header of `count` entries: the fix
+    /// form, the 16-bit form, or the 32-bit form (code16 + 1). More than 4294967295 entries
+    /// write nothing and clear the ok flag (the rest is still walked; nothing reaches the target).
+    void AddContainerHeader(unsigned char fixBase, unsigned char code16, unsigned long long count);
     void Write8(unsigned char code);
     void Write8_8(unsigned char code, uint8_t value);
     void Write8_16(unsigned char code, uint16_t value);

@@ -8,21 +8,6 @@
 
 namespace {
 
-// As MsgPackWriter.cpp: array (fixarray 90, array 16 DC, array 32 DD) or map (fixmap 80,
-// map 16 DE, map 32 DF) header of `count` entries.
-void WriteHeader(unsigned char fixBase, unsigned char code16, unsigned long long count,
-                 BigEndianWriter& out) {
-    if (count <= 15) {
-        out.Write8(static_cast<unsigned char>(fixBase + count));
-    } else if (count <= 0xFFFF) {
-        out.Write8_16(code16, static_cast<uint16_t>(count));
-    } else if (count <= 0xFFFFFFFFULL) {
-        out.Write8_32(static_cast<unsigned char>(code16 + 1), static_cast<unsigned int>(count));
-    } else {
-        out.SetFailed();
-    }
-}
-
 struct StreamVisitor {
     static constexpr bool kVisitMissing = true;
     BigEndianWriter& fWriter;
@@ -37,18 +22,18 @@ struct StreamVisitor {
         Done();
     }
     void BeginObject(const JsonObject& object) {
-        WriteHeader(0x80, 0xDE, object.Size(), fWriter);
+        fWriter.AddContainerHeader(0x80, 0xDE, object.Size());
         Done();
     }
     void EndObject(const JsonObject&, size_t) {}
     void BeginArray(const JsonArray& array) {
-        WriteHeader(0x90, 0xDC, array.Size(), fWriter);
+        fWriter.AddContainerHeader(0x90, 0xDC, array.Size());
         Done();
     }
     void EndArray(const JsonArray&, size_t) {}
     // Compiled objects as MsgPackWriter.cpp writes them: exactly the announced pairs.
     void BeginCompiled(const JsonCompiledObject& object) {
-        WriteHeader(0x80, 0xDE, object.GetContext() ? object.GetSetCount() : 0, fWriter);
+        fWriter.AddContainerHeader(0x80, 0xDE, object.GetContext() ? object.GetSetCount() : 0);
         Done();
     }
     void EndCompiled(const JsonCompiledObject& object, size_t written) {

@@ -60,21 +60,6 @@ void WriteReal(const JsonReal& real, BigEndianWriter& out) {
     }
 }
 
-// Header of an array (fixarray 90, array 16 DC, array 32 DD) or map (fixmap 80, map 16 DE,
-// map 32 DF) of `count` entries.
-void WriteHeader(unsigned char fixBase, unsigned char code16, unsigned long long count,
-                 BigEndianWriter& out) {
-    if (count <= 15) {
-        out.Write8(static_cast<unsigned char>(fixBase + count));
-    } else if (count <= 0xFFFF) {
-        out.Write8_16(code16, static_cast<uint16_t>(count));
-    } else if (count <= 0xFFFFFFFFULL) {
-        out.Write8_32(static_cast<unsigned char>(code16 + 1), static_cast<unsigned int>(count));
-    } else {
-        out.SetFailed(); // the rest is still walked, but nothing reaches the target
-    }
-}
-
 struct MsgPackVisitor {
     static constexpr bool kVisitMissing = true;
     BigEndianWriter& fOut;
@@ -89,12 +74,16 @@ struct MsgPackVisitor {
         default: fOut.Write8(0xC0); break;
         }
     }
-    void BeginObject(const JsonObject& object) { WriteHeader(0x80, 0xDE, object.Size(), fOut); }
+    void BeginObject(const JsonObject& object) {
+        fOut.AddContainerHeader(0x80, 0xDE, object.Size());
+    }
     void EndObject(const JsonObject&, size_t) {}
-    void BeginArray(const JsonArray& array) { WriteHeader(0x90, 0xDC, array.Size(), fOut); }
+    void BeginArray(const JsonArray& array) {
+        fOut.AddContainerHeader(0x90, 0xDC, array.Size());
+    }
     void EndArray(const JsonArray&, size_t) {}
     void BeginCompiled(const JsonCompiledObject& object) {
-        WriteHeader(0x80, 0xDE, object.GetContext() ? object.GetSetCount() : 0, fOut);
+        fOut.AddContainerHeader(0x80, 0xDE, object.GetContext() ? object.GetSetCount() : 0);
     }
     void EndCompiled(const JsonCompiledObject& object, size_t written) {
         if (!object.GetContext()) return;
