@@ -1,8 +1,11 @@
-// Helpers shared by the engine suites: shared data files, compact text, and MessagePack bytes
-// written as spaced hex ("D0 DF") so that expectations and failures read like a dump.
+// Helpers shared by the engine suites: parsing, shared data files, compact text, and MessagePack
+// bytes written as spaced hex ("D0 DF") so that expectations and failures read like a dump.
 #pragma once
 
 #include "json/JsonValue.h"
+#include "json/ParserContext.h"
+
+#include <gtest/gtest.h>
 
 #include <cstddef>
 #include <cstdio>
@@ -15,6 +18,16 @@
 namespace json_test {
 
 using ValuePtr = JsonAutoRefPtr<JsonValue>;
+
+/// `text` parsed with these options; a parse error fails the test (and gives null).
+inline ValuePtr Parse(const std::string& text, bool keepOrder = true, bool standard = false) {
+    ParserContext ctx;
+    ctx.fKeepOrder = keepOrder;
+    ctx.fStandard = standard;
+    ValuePtr value(JsonValue::ReadFromString(text, &ctx, nullptr));
+    EXPECT_TRUE(value) << ctx.fError << " in line " << ctx.fLine;
+    return value;
+}
 
 /// The folder of the shared corpora (bench-data/, test-data/): $VIRELO_JSON_SHARED_DATA when
 /// set, else the folder the build was configured with.

@@ -17,14 +17,6 @@ namespace {
 
 using namespace json_test;
 
-ValuePtr Parse(const std::string& text, bool keepOrder = true) {
-    ParserContext ctx;
-    ctx.fKeepOrder = keepOrder;
-    ValuePtr value = JsonValue::ReadFromString(text, &ctx, nullptr);
-    EXPECT_TRUE(value) << ctx.fError;
-    return value;
-}
-
 std::string Stream(const JsonValue& value, bool sortKeys, size_t pieceBytes, size_t* pieceCount = nullptr) {
     std::string bytes;
     size_t pieces = 0;

@@ -16,14 +16,6 @@ namespace {
 
 using namespace json_test;
 
-ValuePtr Parse(const std::string& text, bool keepOrder = true) {
-    ParserContext ctx;
-    ctx.fKeepOrder = keepOrder;
-    ValuePtr value = JsonValue::ReadFromString(text, &ctx, nullptr);
-    EXPECT_TRUE(value) << ctx.fError << " in line " << ctx.fLine;
-    return value;
-}
-
 TEST(Writer, Escaping) {
     struct Row { const char* fName; std::string fText; std::string fEscaped; };
     const Row rows[] = {
