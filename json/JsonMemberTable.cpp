@@ -1,6 +1,6 @@
 // JsonMemberTable: the blocks' layout and growth, the map's order rules (insert at the front of
 // the bucket's run or of the whole list, rehash by re-inserting in list order, erase by
-// unlinking), removal with compaction, and copies.
+// unlinking), the index and its move to the keyed hash, removal with compaction, and copies.
 #include "json/JsonMemberTable.h"
 
 #include "json/JsonMemory.h"
@@ -84,6 +84,32 @@ void JsonMemberTableBase::PutSlot(Slot* slots, uint32_t mask, uint32_t tag,
     while (slots[i].fEntry != kNone)
         i = (i + 1) & mask;
     slots[i] = {entry, tag};
+}
+
+bool JsonMemberTableBase::PutCodeSlot(uint32_t entry, size_t code) noexcept {
+    Slot* slots = Slots();
+    const size_t* codes = Codes();
+    const auto tag = uint32_t(code);
+    uint32_t i = tag & fSlotMask;
+    const uint32_t limit = ProbeLimit();
+    for (uint32_t probe = 0; probe <= limit; ++probe, i = (i + 1) & fSlotMask) {
+        const Slot s = slots[i];
+        if (s.fEntry == kNone) {
+            slots[i] = {entry, tag};
+            return true;
+        }
+        // A member with the same code has the same home, so the walk passes it.
+        if (s.fTag == tag && codes[s.fEntry] == code) return false;
+    }
+    return false;
+}
+
+void JsonMemberTableBase::KeyIndex() noexcept {
+    fKeyedIndex = true;
+    Slot* slots = Slots();
+    std::fill_n(slots, fSlotMask + 1, Slot{kNone, 0});
+    for (uint32_t entry = fHead; entry != kNone; entry = fEntries[entry].fLink)
+        PutSlot(slots, fSlotMask, uint32_t(JsonKeyedHash::Hash(fEntries[entry].Key())), entry);
 }
 
 namespace {
@@ -174,10 +200,7 @@ void JsonMemberTableBase::MoveInto(const Layout& to, Member* entries, uint32_t* 
         codes[count] = code;
         previous[count] = count ? count - 1 : kNone;
         target.fLink = count + 1;
-        if (wasLarge)
-            renumber[from] = count;
-        else
-            PutSlot(slots, mask, uint32_t(JsonKeyedHash::Hash(source.Key())), count);
+        if (wasLarge) renumber[from] = count;
         if (buckets && !renumberBuckets) {
             // Runs are contiguous, so a bucket's first member is the first one met.
             size_t bucket = !wasLarge                   ? source.fLink
@@ -194,7 +217,8 @@ void JsonMemberTableBase::MoveInto(const Layout& to, Member* entries, uint32_t* 
         for (size_t b = 0; b < fBucketCount; ++b)
             if (buckets[b] != kNone) buckets[b] = renumber[buckets[b]];
     }
-    if (large && wasLarge) {
+    if (large && fKeyedIndex) {
+        // (A keyed table is large: its tags stay; an index on codes is rebuilt below.)
         const Slot* oldSlots = Slots();
         for (uint32_t i = 0; i <= fSlotMask; ++i)
             if (oldSlots[i].fEntry != kNone)
@@ -208,6 +232,16 @@ void JsonMemberTableBase::MoveInto(const Layout& to, Member* entries, uint32_t* 
     fUsed = count;
     fSlotMask = mask;
     fHead = large && count ? 0 : kNone;
+    if (!large) {
+        fKeyedIndex = false;
+    } else if (!fKeyedIndex) {
+        for (uint32_t i = 0; i < count; ++i) {
+            if (!PutCodeSlot(i, codes[i])) {
+                KeyIndex();
+                break;
+            }
+        }
+    }
 }
 
 JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, size_t code,
@@ -232,6 +266,7 @@ JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, s
     }
 
     const bool wasLarge = fBuckets != nullptr;
+    const bool locatedKeyed = wasLarge && fKeyedIndex; // Locate left `keyed` and `slot`
     // A small table that needs a rehash while it holds members is rebuilt large (in practice
     // only an empty one rehashes: the first rehash leaves 13 buckets).
     const bool large = wasLarge || fSize >= kSmall || (rehash && fSize > 0);
@@ -305,12 +340,18 @@ JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, s
         member = fEntries + index;
         Codes()[index] = code;
         Link(index, code);
-        if (!wasLarge) keyed = JsonKeyedHash::Hash(written.Key());
-        if (relayout) {
-            PutSlot(Slots(), fSlotMask, uint32_t(keyed), index);
-        } else {
-            // Locate left the free slot the key's probe ends at, and the index is unchanged.
+        member->fKey = written.fKey;
+        member->fKeyLength = written.fKeyLength;
+        if (!fKeyedIndex && !relayout && slot != kNone) {
+            // Locate left the free slot the key's probe ends at, within the rules.
+            Slots()[slot] = {index, uint32_t(code)};
+        } else if (!fKeyedIndex) {
+            if (!PutCodeSlot(index, code)) KeyIndex(); // places this member too
+        } else if (locatedKeyed && !relayout) {
             Slots()[slot] = {index, uint32_t(keyed)};
+        } else {
+            if (!locatedKeyed) keyed = JsonKeyedHash::Hash(member->Key());
+            PutSlot(Slots(), fSlotMask, uint32_t(keyed), index);
         }
     }
     member->fKey = written.fKey;
@@ -455,6 +496,7 @@ void JsonMemberTableBase::CopyFrom(const JsonMemberTableBase& other,
         fKeyUsed = other.fKeyUsed;
         fSlotMask = other.fSlotMask;
         fHead = other.fHead;
+        fKeyedIndex = other.fKeyedIndex;
     }
     fSize = other.fSize;
     fUsed = other.fUsed;
@@ -500,6 +542,7 @@ void JsonMemberTableBase::Release(const JsonMemberTableHooks& hooks) noexcept {
     fKeyUsed = fKeyLive = fKeyCapacity = 0;
     fSize = fUsed = fCapacity = fSlotMask = 0;
     fHead = kNone;
+    fKeyedIndex = false;
 }
 
 void JsonMemberTableBase::TakeFrom(JsonMemberTableBase& other) noexcept {
@@ -516,6 +559,7 @@ void JsonMemberTableBase::TakeFrom(JsonMemberTableBase& other) noexcept {
     // A moved-from map is reset to a new one's single bucket and policy state.
     fBucketCount = std::exchange(other.fBucketCount, 1);
     fNextResize = std::exchange(other.fNextResize, 0);
+    fKeyedIndex = std::exchange(other.fKeyedIndex, false);
 }
 
 void JsonMemberTableBase::SwapWith(JsonMemberTableBase& other) noexcept {
@@ -531,4 +575,5 @@ void JsonMemberTableBase::SwapWith(JsonMemberTableBase& other) noexcept {
     std::swap(fHead, other.fHead);
     std::swap(fBucketCount, other.fBucketCount);
     std::swap(fNextResize, other.fNextResize);
+    std::swap(fKeyedIndex, other.fKeyedIndex);
 }

@@ -2,8 +2,15 @@
 //
 // Iteration order is observable (printing, MessagePack, script key lists), so it is exactly the
 // order std::unordered_map<std::string, ...> with std::hash and libstdc++ 12's prime rehash
-// policy gives for the same history; the bucket count follows that map's too. Lookups never use
-// that hash: std::hash can be inverted, so they go through an index under JsonKeyedHash's secret.
+// policy gives for the same history; the bucket count follows that map's too.
+//
+// Lookups in a large table go through an open-addressing index. Every key's std::hash code is
+// needed for the order anyway, so the index starts out on that code, under two rules that keep
+// every lookup short: no member sits more than ProbeLimit() slots past its home slot (a few
+// times the longest run random codes make), and no two members share a code. A lookup then ends
+// after ProbeLimit() + 1 slots and compares at most one key. std::hash can be inverted, so keys chosen to break a rule can be made; the insert that
+// would break one instead moves the table for good to an index under JsonKeyedHash's secret,
+// where nobody can aim keys at one slot.
 //
 // Memory: up to eight members sit in one block, in iteration order, keys included, and are
 // found by a short scan. Larger tables keep the members in insertion order with order links,
@@ -13,6 +20,7 @@
 
 #include "json/JsonKeyedHash.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -123,6 +131,8 @@ public:
     bool Empty() const noexcept { return fSize == 0; }
     /// The bucket count std::unordered_map would have after the same history.
     size_t BucketCount() const noexcept { return fBucketCount; }
+    /// Whether lookups go through an index under the keyed hash (see the top of this file).
+    bool KeyedIndex() const noexcept { return fKeyedIndex; }
 
     /// Members in the map's order.
     iterator begin() noexcept { return {fEntries, First(), SmallEnd()}; }
@@ -142,9 +152,16 @@ protected:
     /// Tables up to this size are kept in order and searched by a scan.
     static constexpr uint32_t kSmall = 8;
 
+    /// Slots a member may sit past its home slot while the index is on std::hash codes. At the
+    /// index's load (at most half full) random codes give runs of about 3.6 log2(slots) at the
+    /// very most.
+    uint32_t ProbeLimit() const noexcept { return 6 * uint32_t(std::bit_width(fSlotMask)) + 8; }
+
     struct Slot {
         uint32_t fEntry; ///< kNone for a free slot
-        uint32_t fTag;   ///< the low half of the key's keyed hash; its low bits are the home slot
+        /// The low half of the key's code (std::hash, or keyed once fKeyedIndex); its low bits
+        /// are the home slot.
+        uint32_t fTag;
     };
 
     JsonMemberTableBase() noexcept = default;
@@ -152,19 +169,45 @@ protected:
     JsonMemberTableBase& operator=(const JsonMemberTableBase&) = delete;
     ~JsonMemberTableBase() = default;
 
-    /// The entry holding `key`, or kNone. A large table also sets `keyed` to the key's keyed
-    /// hash and `slot` to the slot holding the entry or, when absent, the free slot an insert
-    /// would take.
-    template <class KeyEqual>
-    uint32_t Locate(std::string_view key, uint64_t& keyed, uint32_t& slot) const noexcept {
+    /// The entry holding `key`, or kNone. A large table also sets `code` to the key's std::hash
+    /// code (`OrderHash`) unless its index is keyed, `keyed` to its keyed hash when it is, and
+    /// `slot` to the slot holding the entry or, when absent, the free slot an insert would take:
+    /// kNone when taking one would break the rules of an index on codes.
+    template <class OrderHash, class KeyEqual>
+    uint32_t Locate(std::string_view key, size_t& code, uint64_t& keyed,
+                    uint32_t& slot) const noexcept {
         if (!fBuckets) {
             for (uint32_t i = 0; i < fSize; ++i)
                 if (KeyEqual{}(fEntries[i].Key(), key)) return i;
             return kNone;
         }
-        keyed = JsonKeyedHash::Hash(key);
         const Slot* slots = Slots();
-        const uint32_t tag = uint32_t(keyed);
+        if (!fKeyedIndex) {
+            code = OrderHash{}(key);
+            const auto tag = uint32_t(code);
+            const size_t* codes = Codes();
+            uint32_t i = tag & fSlotMask;
+            const uint32_t limit = ProbeLimit();
+            for (uint32_t probe = 0; probe <= limit; ++probe, i = (i + 1) & fSlotMask) {
+                const Slot s = slots[i];
+                if (s.fEntry == kNone) {
+                    slot = i;
+                    return kNone;
+                }
+                if (s.fTag == tag && codes[s.fEntry] == code) {
+                    // Codes are unique here: this member has the key or nobody has.
+                    if (KeyEqual{}(fEntries[s.fEntry].Key(), key)) {
+                        slot = i;
+                        return s.fEntry;
+                    }
+                    break;
+                }
+            }
+            slot = kNone;
+            return kNone;
+        }
+        keyed = JsonKeyedHash::Hash(key);
+        const auto tag = uint32_t(keyed);
         for (uint32_t i = tag & fSlotMask;; i = (i + 1) & fSlotMask) {
             const Slot s = slots[i];
             if (s.fEntry == kNone || (s.fTag == tag && KeyEqual{}(fEntries[s.fEntry].Key(), key))) {
@@ -175,7 +218,7 @@ protected:
     }
 
     /// Adds a member for an absent key with std::hash-style `code`; `keyed` and `slot` as
-    /// Locate left them. Throws std::bad_alloc (or std::length_error past 2^29 members)
+    /// Locate left them (`slot` kNone when it did not look in an index). Throws std::bad_alloc (or std::length_error past 2^29 members)
     /// leaving the table as it was.
     Member* Insert(std::string_view key, size_t code, uint64_t keyed, uint32_t slot,
                    unsigned long sequence, JsonValue* value, const JsonMemberTableHooks& hooks);
@@ -192,6 +235,7 @@ protected:
     void SwapWith(JsonMemberTableBase& other) noexcept;
 
     Member* Entry(uint32_t index) const noexcept { return fEntries + index; }
+    bool HasIndex() const noexcept { return fBuckets != nullptr; }
 
 private:
     struct Layout;
@@ -206,6 +250,11 @@ private:
     Layout CurrentLayout() const noexcept;
 
     static void PutSlot(Slot* slots, uint32_t mask, uint32_t tag, uint32_t entry) noexcept;
+    /// Puts `entry` with `code` into an index on codes; false when that would break its rules
+    /// (the slot is then left free).
+    bool PutCodeSlot(uint32_t entry, size_t code) noexcept;
+    /// Rebuilds the index of a large table under the keyed hash, for good.
+    void KeyIndex() noexcept;
     /// Writes `key` at `at` for `member` (its fKey and fKeyLength); returns the bytes used.
     static size_t WriteKey(char* at, std::string_view key, Member& member) noexcept;
     /// Copies the members, in order, into `entries` laid out as `to` and makes that the block
@@ -233,6 +282,7 @@ private:
     // At most 2^29 members keep both within 32 bits.
     uint32_t fBucketCount = 1; ///< as a default-constructed map: the single bucket
     uint32_t fNextResize = 0;
+    bool fKeyedIndex = false; ///< large only: the index is on keyed hashes, not on codes
 };
 
 /// A member table whose order follows `OrderHash` (production: std::hash, see JsonMemberTable)
@@ -273,9 +323,10 @@ public:
 
     /// The member with `key`, or null.
     Member* Find(std::string_view key) noexcept {
+        size_t code;
         uint64_t keyed;
         uint32_t slot;
-        uint32_t index = Locate<KeyEqual>(key, keyed, slot);
+        uint32_t index = Locate<OrderHash, KeyEqual>(key, code, keyed, slot);
         return index == kNone ? nullptr : Entry(index);
     }
     const Member* Find(std::string_view key) const noexcept {
@@ -288,19 +339,23 @@ public:
     /// it was.
     std::pair<Member*, bool> TryEmplace(std::string_view key, unsigned long sequence,
                                         JsonValue* value) {
+        const bool large = HasIndex();
+        size_t code = 0;
         uint64_t keyed = 0;
         uint32_t slot = kNone;
-        uint32_t index = Locate<KeyEqual>(key, keyed, slot);
+        uint32_t index = Locate<OrderHash, KeyEqual>(key, code, keyed, slot);
         if (index != kNone) return {Entry(index), false};
-        return {Insert(key, OrderHash{}(key), keyed, slot, sequence, value, sHooks), true};
+        if (!large || KeyedIndex()) code = OrderHash{}(key);
+        return {Insert(key, code, keyed, slot, sequence, value, sHooks), true};
     }
 
     /// Removes the member with `key` and hands back its value (the caller releases it);
     /// `found` tells whether there was one (null is returned when not).
     JsonValue* Erase(std::string_view key, bool& found) noexcept {
+        size_t code;
         uint64_t keyed;
         uint32_t slot = kNone;
-        uint32_t index = Locate<KeyEqual>(key, keyed, slot);
+        uint32_t index = Locate<OrderHash, KeyEqual>(key, code, keyed, slot);
         found = index != kNone;
         return found ? Remove(index, slot, sHooks) : nullptr;
     }

@@ -27,10 +27,19 @@ struct ThreeValueHash {
     }
 };
 
+// Keys with one home slot in every index but distinct codes: the other way to flood an index
+// on codes (std::hash can be solved for its low bits as well as for all of them).
+struct SameHomeHash {
+    size_t operator()(std::string_view key) const noexcept {
+        return std::hash<std::string_view>{}(key) << 32;
+    }
+};
+
 } // namespace
 
 // Have the map cache codes and use its small-size paths with this hash as it does with std::hash.
 template <> struct std::__is_fast_hash<ThreeValueHash> : std::false_type {};
+template <> struct std::__is_fast_hash<SameHomeHash> : std::false_type {};
 
 namespace {
 
@@ -456,9 +465,8 @@ TEST(JsonMemberTable, FollowsTheMapOverCollidingKeys) {
 
 // ---- Flooding: counted, not timed ----
 
-TEST(JsonMemberTable, CollidingKeysCostOneComparisonEach) {
-    using Table = JsonBasicMemberTable<std::hash<std::string_view>, CountingEqual>;
-    const std::vector<std::string>& keys = CollidingKeys();
+template <class Hash> void ExpectFloodCostsOneComparisonPerKey(const std::vector<std::string>& keys) {
+    using Table = JsonBasicMemberTable<Hash, CountingEqual>;
     const size_t n = keys.size();
     Table table;
     CountingEqual::sCalls = 0;
@@ -466,6 +474,7 @@ TEST(JsonMemberTable, CollidingKeysCostOneComparisonEach) {
         ASSERT_TRUE(table.TryEmplace(keys[i], i, FakeValue(i)).second);
     // Only the first eight inserts scan; afterwards a new key meets no equal tag but by chance.
     EXPECT_LE(CountingEqual::sCalls, 28 + n / 256);
+    EXPECT_TRUE(table.KeyedIndex()); // the flood moved the index to the keyed hash
 
     CountingEqual::sCalls = 0;
     for (size_t i = 0; i < n; ++i)
@@ -485,6 +494,56 @@ TEST(JsonMemberTable, CollidingKeysCostOneComparisonEach) {
     }
     EXPECT_LE(CountingEqual::sCalls, n / 2 + n / 256);
     EXPECT_EQ(table.Size(), n / 2);
+}
+
+TEST(JsonMemberTable, FloodsCostOneComparisonPerKey) {
+    {
+        SCOPED_TRACE("keys with one std::hash code");
+        ExpectFloodCostsOneComparisonPerKey<std::hash<std::string_view>>(CollidingKeys());
+    }
+    {
+        SCOPED_TRACE("codes with one home slot");
+        const std::vector<std::string> keys(Universe().begin(), Universe().begin() + 20000);
+        ExpectFloodCostsOneComparisonPerKey<SameHomeHash>(keys);
+    }
+}
+
+// The move to the keyed index changes no order, bucket count or lookup.
+TEST(JsonMemberTable, FollowsTheMapWithOneHomeSlot) {
+    {
+        Differential<CountedTable<SameHomeHash>, Map<SameHomeHash>> run(9, Universe());
+        run.Run({60, 3000, 1});
+        run.Run({3000, 8000, 200});
+    }
+    EXPECT_EQ(CountingMemory::sLiveBytes, 0u);
+}
+
+// Ordinary keys keep the index on their codes, so they are hashed once: grown member by member,
+// prepared, copied, and thinned out.
+TEST(JsonMemberTable, OrdinaryKeysKeepTheIndexOnCodes) {
+    const auto& universe = Universe();
+    for (size_t n : {9, 100, 10000, 150000}) {
+        SCOPED_TRACE(std::to_string(n) + " members");
+        JsonMemberTable grown, prepared;
+        prepared.Prepare(n, 16 * n);
+        for (size_t i = 0; i < n; ++i) {
+            grown.TryEmplace(universe[i], i, FakeValue(i));
+            prepared.TryEmplace(universe[i], i, FakeValue(i));
+        }
+        JsonMemberTable copy(grown);
+        for (size_t i = 0; i < n; i += 3) {
+            bool found = false;
+            copy.Erase(universe[i], found);
+        }
+        for (const JsonMemberTable* table : {&grown, &prepared, &copy}) {
+            EXPECT_FALSE(table->KeyedIndex());
+            for (size_t i = 0; i < n; ++i) {
+                const bool erased = table == &copy && i % 3 == 0;
+                const auto* member = table->Find(universe[i]);
+                ASSERT_EQ(member ? member->fValue : nullptr, erased ? nullptr : FakeValue(i)) << i;
+            }
+        }
+    }
 }
 
 // ---- Allocation failures ----
