@@ -441,33 +441,21 @@ void JsonMemberTableBase::Shrink(const JsonMemberTableHooks& hooks) noexcept {
 }
 
 void JsonMemberTableBase::CopyFrom(const JsonMemberTableBase& other,
-                                   const JsonMemberTableHooks& hooks) {
+                                   const JsonMemberTableHooks& hooks, bool values) {
     if (other.fSize == 0) {
         fBucketCount = other.fBucketCount;
         fNextResize = other.fNextResize;
         return;
     }
-    if (!other.fBuckets) {
-        // A small table: its members are in order already; copy them and their keys tightly.
-        const Layout to = Layout::For(other.fSize, 0, other.fKeyLive);
-        auto* entries = static_cast<Member*>(hooks.fAllocate(to.Bytes()));
-        char* keys = reinterpret_cast<char*>(entries) + to.KeysOffset();
-        size_t keyUsed = 0;
-        for (uint32_t i = 0; i < other.fSize; ++i) {
-            entries[i] = other.fEntries[i];
-            keyUsed += WriteKey(keys + keyUsed, other.fEntries[i].Key(), entries[i]);
-        }
-        fEntries = entries;
-        fCapacity = to.fCapacity;
-        fKeyCapacity = to.fKeyCapacity;
-        fKeyUsed = keyUsed;
-    } else {
-        // A large table: its arrays as they are (holes included, at most as many as members),
-        // the index unchanged, the key pointers moved to the new block.
-        const Layout from = other.CurrentLayout();
-        const Layout to = Layout::For(other.fUsed, from.fSlots, other.fKeyUsed);
-        auto* entries = static_cast<Member*>(hooks.fAllocate(to.Bytes()));
-        uint32_t* buckets;
+    // The arrays as they are (a large table's holes included, at most as many as members), the
+    // keys as one run of bytes (erased ones included: fewer than the live ones plus a growth's
+    // worth), the index unchanged; then the key pointers are moved to the new block.
+    const bool large = other.fBuckets != nullptr;
+    const Layout from = other.CurrentLayout();
+    const Layout to = Layout::For(other.fUsed, from.fSlots, other.fKeyUsed);
+    auto* entries = static_cast<Member*>(hooks.fAllocate(to.Bytes()));
+    uint32_t* buckets = nullptr;
+    if (large) {
         try {
             buckets =
                 static_cast<uint32_t*>(hooks.fAllocate(other.fBucketCount * sizeof(uint32_t)));
@@ -475,29 +463,33 @@ void JsonMemberTableBase::CopyFrom(const JsonMemberTableBase& other,
             hooks.fFree(entries, to.Bytes());
             throw;
         }
-        const uint32_t used = other.fUsed;
+    }
+    const uint32_t used = other.fUsed;
+    char* keys = reinterpret_cast<char*>(entries) + to.KeysOffset();
+    const char* otherKeys = other.Keys();
+    std::memcpy(entries, other.fEntries, used * sizeof(Member));
+    std::memcpy(keys, otherKeys, other.fKeyUsed);
+    for (uint32_t i = 0; i < used; ++i) {
+        entries[i].fKey = keys + (other.fEntries[i].fKey - otherKeys);
+        if (!values) entries[i].fValue = nullptr;
+    }
+    if (large) {
         auto* codes = reinterpret_cast<size_t*>(entries + to.fCapacity);
         auto* previous = reinterpret_cast<uint32_t*>(codes + to.fCapacity);
         auto* slots = reinterpret_cast<Slot*>(previous + to.fCapacity);
-        char* keys = reinterpret_cast<char*>(entries) + to.KeysOffset();
-        const char* otherKeys = other.Keys();
-        std::memcpy(entries, other.fEntries, used * sizeof(Member));
         std::memcpy(codes, other.Codes(), used * sizeof(size_t));
         std::memcpy(previous, other.Previous(), used * sizeof(uint32_t));
         std::memcpy(slots, other.Slots(), size_t(from.fSlots) * sizeof(Slot));
-        std::memcpy(keys, otherKeys, other.fKeyUsed);
-        for (uint32_t i = 0; i < used; ++i)
-            entries[i].fKey = keys + (other.fEntries[i].fKey - otherKeys);
         std::memcpy(buckets, other.fBuckets, other.fBucketCount * sizeof(uint32_t));
-        fEntries = entries;
-        fBuckets = buckets;
-        fCapacity = to.fCapacity;
-        fKeyCapacity = to.fKeyCapacity;
-        fKeyUsed = other.fKeyUsed;
-        fSlotMask = other.fSlotMask;
-        fHead = other.fHead;
-        fKeyedIndex = other.fKeyedIndex;
     }
+    fEntries = entries;
+    fBuckets = buckets;
+    fCapacity = to.fCapacity;
+    fKeyCapacity = to.fKeyCapacity;
+    fKeyUsed = other.fKeyUsed;
+    fSlotMask = other.fSlotMask;
+    fHead = other.fHead;
+    fKeyedIndex = other.fKeyedIndex;
     fSize = other.fSize;
     fUsed = other.fUsed;
     fKeyLive = other.fKeyLive;

@@ -224,8 +224,10 @@ protected:
                    unsigned long sequence, JsonValue* value, const JsonMemberTableHooks& hooks);
     /// Removes entry `index` (found at `slot`); returns its value.
     JsonValue* Remove(uint32_t index, uint32_t slot, const JsonMemberTableHooks& hooks) noexcept;
-    /// Makes this empty table a copy of `other`; throws std::bad_alloc leaving it empty.
-    void CopyFrom(const JsonMemberTableBase& other, const JsonMemberTableHooks& hooks);
+    /// Makes this table without a block a copy of `other`, values included or all null; throws
+    /// std::bad_alloc leaving it as it was.
+    void CopyFrom(const JsonMemberTableBase& other, const JsonMemberTableHooks& hooks,
+                  bool values);
     /// Lays a table without a block out for `count` members and `keyBytes` of keys.
     void PrepareBlock(size_t count, size_t keyBytes, const JsonMemberTableHooks& hooks);
     /// Frees the blocks; keeps the bucket count and the rehash policy's state.
@@ -295,12 +297,15 @@ public:
     /// Copies the members, keys, order and bucket count (not the values: the owner deep-copies
     /// them afterwards). Throws std::bad_alloc.
     JsonBasicMemberTable(const JsonBasicMemberTable& other) : JsonMemberTableBase() {
-        CopyFrom(other, sHooks);
+        CopyFrom(other, sHooks, true);
     }
     /// Leaves `other` as a new table (bucket count 1).
     JsonBasicMemberTable(JsonBasicMemberTable&& other) noexcept : JsonMemberTableBase() {
         TakeFrom(other);
     }
+    /// On a new or cleared table: copies `other`'s members, keys, order and bucket count, with
+    /// every value null. Throws std::bad_alloc, leaving this table as it was.
+    void CopyKeysOf(const JsonBasicMemberTable& other) { CopyFrom(other, sHooks, false); }
     /// Strong guarantee: on std::bad_alloc this table is unchanged.
     JsonBasicMemberTable& operator=(const JsonBasicMemberTable& other) {
         if (this != &other) {

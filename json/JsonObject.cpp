@@ -41,12 +41,11 @@ JsonObject::~JsonObject() {
 JsonObject* JsonObject::CloneShell(const JsonObject& other) {
     auto* shell = new JsonObject();
     try {
-        shell->fMembers = other.fMembers; // same buckets, so the same iteration order
+        shell->fMembers.CopyKeysOf(other.fMembers); // same buckets, so the same iteration order
     } catch (...) {
         delete shell;
         throw;
     }
-    for (Member& member : shell->fMembers) member.fValue = nullptr;
     shell->fOrder = other.fOrder;
     return shell;
 }

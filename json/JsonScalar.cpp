@@ -18,6 +18,29 @@ JsonString::JsonString(std::string_view text, bool* trusted, bool* ok) : JsonVal
     fLength = text.size();
 }
 
+JsonString* JsonString::Clone() const {
+    // Deep copies make one of these per string: the text is known to be valid already, and a
+    // short one moves as the whole fixed-size buffer.
+    char* heap = nullptr;
+    if (fLength >= kInlineText) {
+        heap = static_cast<char*>(JsonMemory::Allocate(fLength + 1));
+        std::memcpy(heap, fHeap, fLength + 1);
+    }
+    JsonString* copy;
+    try {
+        copy = new JsonString();
+    } catch (...) {
+        JsonMemory::Free(heap, fLength + 1);
+        throw;
+    }
+    if (heap)
+        copy->fHeap = heap;
+    else
+        std::memcpy(copy->fInline, fInline, kInlineText);
+    copy->fLength = fLength;
+    return copy;
+}
+
 JsonString::~JsonString() {
     if (fLength >= kInlineText) JsonMemory::Free(fHeap, fLength + 1);
 }

@@ -34,6 +34,8 @@ public:
 
     /// The text (valid while the node lives); a zero byte follows it.
     std::string_view Get() const noexcept { return {Text(), fLength}; }
+    /// A new node with the same text (count 1). Throws std::bad_alloc.
+    JsonString* Clone() const;
 
     void AppendToString(std::string& out) const override;
     void AppendToMsgPack(BigEndianWriter* writer) const override;

@@ -182,10 +182,8 @@ namespace {
 
 JsonValue* CopyScalar(const JsonValue& value) {
     switch (value.GetType()) {
-    case JsonValue::eJsonString: {
-        bool trusted = true;
-        return new JsonString(static_cast<const JsonString&>(value).Get(), &trusted, nullptr);
-    }
+    case JsonValue::eJsonString:
+        return static_cast<const JsonString&>(value).Clone();
     case JsonValue::eJsonInteger: {
         const auto& integer = static_cast<const JsonInteger&>(value);
         if (integer.IsUnsigned()) return new JsonInteger(integer.Bits(), true);

@@ -253,7 +253,14 @@ TEST(JsonValue, IsUTF8) {
 }
 
 TEST(JsonValue, CopyKeepsKindAndValue) {
-    const ValuePtr originals[] = {Str("text"), Read("18446744073709551615"), Real(0.25), Read("true"), Read("null"), Read("{\"k\":[1]}")};
+    bool trusted = true;
+    // Strings at each side of the inline limit, and bytes a caller vouched for, come back as
+    // they were.
+    const ValuePtr originals[] = {Str(""), Str("text"), Str(std::string(23, 'a')),
+                                  Str(std::string(24, 'b')), Str(std::string(5000, 'c')),
+                                  ValuePtr(new JsonString(std::string("\xFF\xFE"), &trusted, nullptr)),
+                                  Read("18446744073709551615"), Real(0.25), Read("true"), Read("null"),
+                                  Read("{\"k\":[1]}")};
     for (const ValuePtr& original : originals) {
         SCOPED_TRACE(Text(original));
         ValuePtr copy = JsonValue::Copy(*original);
@@ -261,6 +268,10 @@ TEST(JsonValue, CopyKeepsKindAndValue) {
         EXPECT_EQ(copy->GetUseCount(), 1u);
         EXPECT_EQ(copy->GetType(), original->GetType());
         EXPECT_EQ(Text(copy), Text(original));
+        if (original->GetType() == JsonValue::eJsonString) {
+            EXPECT_EQ(static_cast<const JsonString&>(*copy).Get(),
+                      static_cast<const JsonString&>(*original).Get());
+        }
     }
 }
 
