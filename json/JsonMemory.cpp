@@ -14,8 +14,8 @@ namespace {
 
 enum EPageState : uint8_t { kCurrent, kAvailable, kFull };
 
-/// Empty pages kept for reuse; more go back to the system.
-constexpr size_t kMaxEmptyPages = 64;
+/// Empty pages kept for reuse (4 MiB); more go back to the system.
+constexpr size_t kMaxEmptyPages = 128;
 
 
 // Everything shared: the empty pages, the heaps of ended threads, and the heap that serves a

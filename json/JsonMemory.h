@@ -2,7 +2,7 @@
 // is still allocated and freed node by node; this makes both cheap and keeps a tree's nodes
 // close together.
 //
-// Blocks live in 64 KiB pages, each page holding blocks of one size class and owned by one
+// Blocks live in 32 KiB pages, each page holding blocks of one size class and owned by one
 // thread's heap; a block's page is found by masking its address. The owning thread allocates
 // from and frees into a page's free list without atomics or locks. Another thread's free goes
 // onto the page's remote list with one atomic push, and the first such block also puts the page
@@ -32,8 +32,11 @@ constexpr size_t kGranule = 16;
 /// (320, 384, 448, 512, 640, ...): no block wastes more than a fifth of itself.
 constexpr size_t kSmallClasses = 256 / kGranule;
 constexpr size_t kClasses = kSmallClasses + 4 * 4;
-/// Pages are aligned to their size, so that a block's page is its address rounded down.
-constexpr size_t kPageSize = 64 * 1024;
+/// Pages are aligned to their size, so that a block's page is its address rounded down. Every
+/// class in use keeps one page partly filled, so the size bounds what a small tree holds beyond
+/// its blocks (64 KiB pages left a parsed twitter.json 1.1 MB of untouched page); much smaller
+/// pages cost the largest trees time in page traffic.
+constexpr size_t kPageSize = 32 * 1024;
 
 struct FreeBlock {
     FreeBlock* fNext;
