@@ -465,7 +465,8 @@ TEST(JsonMemberTable, FollowsTheMapOverCollidingKeys) {
 
 // ---- Flooding: counted, not timed ----
 
-template <class Hash> void ExpectFloodCostsOneComparisonPerKey(const std::vector<std::string>& keys) {
+template <class Hash>
+void ExpectFloodCostsOneComparisonPerKey(const std::vector<std::string>& keys) {
     using Table = JsonBasicMemberTable<Hash, CountingEqual>;
     const size_t n = keys.size();
     Table table;

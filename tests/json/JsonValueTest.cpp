@@ -256,11 +256,19 @@ TEST(JsonValue, CopyKeepsKindAndValue) {
     bool trusted = true;
     // Strings at each side of the inline limit, and bytes a caller vouched for, come back as
     // they were.
-    const ValuePtr originals[] = {Str(""), Str("text"), Str(std::string(23, 'a')),
-                                  Str(std::string(24, 'b')), Str(std::string(5000, 'c')),
-                                  ValuePtr(new JsonString(std::string("\xFF\xFE"), &trusted, nullptr)),
-                                  Read("18446744073709551615"), Real(0.25), Read("true"), Read("null"),
-                                  Read("{\"k\":[1]}")};
+    const ValuePtr originals[] = {
+        Str(""),
+        Str("text"),
+        Str(std::string(23, 'a')),
+        Str(std::string(24, 'b')),
+        Str(std::string(5000, 'c')),
+        ValuePtr(new JsonString(std::string("\xFF\xFE"), &trusted, nullptr)),
+        Read("18446744073709551615"),
+        Real(0.25),
+        Read("true"),
+        Read("null"),
+        Read("{\"k\":[1]}"),
+    };
     for (const ValuePtr& original : originals) {
         SCOPED_TRACE(Text(original));
         ValuePtr copy = JsonValue::Copy(*original);
