@@ -322,6 +322,7 @@ JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, s
     if (relayout && oldEntries) hooks.fFree(oldEntries, from.Bytes());
 
     Member* member;
+    const uint32_t index = fUsed;
     if (!fBuckets) {
         // Small tables are kept in order: the front of the bucket's run, else of the table.
         const auto bucket = uint32_t(code % fBucketCount);
@@ -336,14 +337,17 @@ JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, s
         member = fEntries + at;
         member->fLink = bucket;
     } else {
-        const uint32_t index = fUsed;
         member = fEntries + index;
         Codes()[index] = code;
         Link(index, code);
-        member->fKey = written.fKey;
-        member->fKeyLength = written.fKeyLength;
+    }
+    member->fKey = written.fKey;
+    member->fKeyLength = written.fKeyLength;
+    member->fSequence = sequence;
+    member->fValue = value;
+    if (fBuckets) {
+        // The index: the free slot Locate left when it is still good, else a probe of its own.
         if (!fKeyedIndex && !relayout && slot != kNone) {
-            // Locate left the free slot the key's probe ends at, within the rules.
             Slots()[slot] = {index, uint32_t(code)};
         } else if (!fKeyedIndex) {
             if (!PutCodeSlot(index, code)) KeyIndex(); // places this member too
@@ -354,10 +358,6 @@ JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, s
             PutSlot(Slots(), fSlotMask, uint32_t(keyed), index);
         }
     }
-    member->fKey = written.fKey;
-    member->fKeyLength = written.fKeyLength;
-    member->fSequence = sequence;
-    member->fValue = value;
     ++fSize;
     ++fUsed;
     return member;
@@ -555,17 +555,9 @@ void JsonMemberTableBase::TakeFrom(JsonMemberTableBase& other) noexcept {
 }
 
 void JsonMemberTableBase::SwapWith(JsonMemberTableBase& other) noexcept {
-    std::swap(fEntries, other.fEntries);
-    std::swap(fBuckets, other.fBuckets);
-    std::swap(fSize, other.fSize);
-    std::swap(fUsed, other.fUsed);
-    std::swap(fCapacity, other.fCapacity);
-    std::swap(fKeyUsed, other.fKeyUsed);
-    std::swap(fKeyLive, other.fKeyLive);
-    std::swap(fKeyCapacity, other.fKeyCapacity);
-    std::swap(fSlotMask, other.fSlotMask);
-    std::swap(fHead, other.fHead);
-    std::swap(fBucketCount, other.fBucketCount);
-    std::swap(fNextResize, other.fNextResize);
-    std::swap(fKeyedIndex, other.fKeyedIndex);
+    // Three takes, so that the fields are listed once, in TakeFrom.
+    JsonMemberTableBase held;
+    held.TakeFrom(*this);
+    TakeFrom(other);
+    other.TakeFrom(held);
 }
