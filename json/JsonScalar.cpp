@@ -46,39 +46,78 @@ JsonString::~JsonString() {
 }
 
 JsonReal::JsonReal(std::string_view pendingText, uint32_t digitCount)
-    : JsonValue(eJsonReal), fValue(0.0), fDigitCount(digitCount) {
-    SetText(pendingText);
+    : JsonValue(eJsonReal), fValue(0.0) {
+    SetText(pendingText, digitCount);
     fPending.store(!pendingText.empty(), std::memory_order_relaxed);
 }
 
 JsonReal::JsonReal(const JsonReal& other)
-    : JsonValue(eJsonReal), fValue(other.fValue.load(std::memory_order_relaxed)),
-      fDigitCount(other.fDigitCount) {
+    : JsonValue(eJsonReal), fValue(other.fValue.load(std::memory_order_relaxed)) {
     // A copy of a real that was never converted keeps the text and converts it itself later.
     if (other.HasPendingText()) {
-        SetText(other.PendingText());
+        if (other.fForm != kLongForm) {
+            // The text never changes once made, so the short form is copied as it stands.
+            fForm = other.fForm;
+            std::memcpy(fShort, other.fShort, sizeof fShort);
+        } else {
+            SetText(other.PendingText(), other.GetDigitCount());
+        }
         fPending.store(true, std::memory_order_relaxed);
     } else {
         fValue.store(other.Get(), std::memory_order_relaxed);
+        SetDigitCount(other.GetDigitCount());
     }
 }
 
 JsonReal::~JsonReal() {
-    if (fTextLength >= kInlineText) delete[] fHeap;
+    if (fForm != kLongForm) return;
+    const LongForm form = Long();
+    if (form.fText) JsonMemory::Free(form.fText, form.fLength + 1);
 }
 
-void JsonReal::SetText(std::string_view text) {
-    char* target = fInline;
-    if (text.size() >= kInlineText) target = fHeap = new char[text.size() + 1];
-    if (!text.empty()) std::memcpy(target, text.data(), text.size());
-    target[text.size()] = '\0';
-    fTextLength = text.size();
+void JsonReal::SetLong(const LongForm& form) noexcept {
+    fForm = kLongForm;
+    std::memcpy(fShort + kLongCount, &form.fDigitCount, sizeof form.fDigitCount);
+    std::memcpy(fShort + kLongText, &form.fText, sizeof form.fText);
+    std::memcpy(fShort + kLongLength, &form.fLength, sizeof form.fLength);
+}
+
+void JsonReal::SetDigitCount(uint32_t digitCount) noexcept {
+    if (digitCount <= UINT8_MAX) {
+        fForm = 0;
+        fShort[0] = static_cast<unsigned char>(digitCount);
+    } else {
+        SetLong({digitCount, nullptr, 0});
+    }
+}
+
+void JsonReal::SetText(std::string_view text, uint32_t digitCount) {
+    if (text.size() <= kShortText && digitCount <= UINT8_MAX) {
+        fForm = static_cast<uint8_t>(text.size());
+        fShort[0] = static_cast<unsigned char>(digitCount);
+        if (!text.empty()) std::memcpy(fShort + 1, text.data(), text.size());
+        return;
+    }
+    auto* copy = static_cast<char*>(JsonMemory::Allocate(text.size() + 1));
+    if (!text.empty()) std::memcpy(copy, text.data(), text.size());
+    copy[text.size()] = '\0';
+    SetLong({digitCount, copy, text.size()});
 }
 
 double JsonReal::ConvertPending() const noexcept {
     // Concurrent first readers may both convert; they store the same value, and the text
-    // itself is never changed, so no reader sees a half-made state.
-    const double value = StrToDouble(Text(), fTextLength);
+    // itself is never changed, so no reader sees a half-made state. A short text has no zero
+    // byte after it, so it is converted from a terminated copy.
+    double value;
+    if (fForm != kLongForm) {
+        char text[kShortText + 1];
+        std::memcpy(text, fShort + 1, fForm);
+        text[fForm] = '\0';
+        value = StrToDouble(text, fForm);
+    } else {
+        const LongForm form = Long();
+        value = StrToDouble(form.fText, form.fLength);
+    }
     fValue.store(value, std::memory_order_relaxed);
     fPending.store(false, std::memory_order_release);
     return value;

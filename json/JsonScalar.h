@@ -10,6 +10,7 @@
 #include "json/JsonValue.h"
 
 #include <climits>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -96,10 +97,11 @@ public:
     static constexpr double sLowest = std::numeric_limits<double>::lowest();
     static constexpr double sInfinity = std::numeric_limits<double>::infinity();
 
-    explicit JsonReal(double v) noexcept : JsonValue(eJsonReal), fValue(v), fDigitCount(0) {}
+    explicit JsonReal(double v) noexcept : JsonValue(eJsonReal), fValue(v) { fShort[0] = 0; }
     /// A parsed real converted at once, remembering how many significant digits it had.
-    JsonReal(double v, uint32_t digitCount) noexcept
-        : JsonValue(eJsonReal), fValue(v), fDigitCount(digitCount) {}
+    JsonReal(double v, uint32_t digitCount) noexcept : JsonValue(eJsonReal), fValue(v) {
+        SetDigitCount(digitCount);
+    }
     /// A parsed real whose conversion is deferred to its first use. Throws std::bad_alloc
     /// when a long text cannot be stored.
     JsonReal(std::string_view pendingText, uint32_t digitCount);
@@ -114,8 +116,14 @@ public:
     void Get(double& out) const noexcept { out = Get(); }
     bool HasPendingText() const noexcept { return fPending.load(std::memory_order_acquire); }
     /// The text as read; meaningful only while HasPendingText().
-    std::string_view PendingText() const noexcept { return {Text(), fTextLength}; }
-    uint32_t GetDigitCount() const noexcept { return fDigitCount; }
+    std::string_view PendingText() const noexcept {
+        if (fForm != kLongForm) return {reinterpret_cast<const char*>(fShort + 1), fForm};
+        const LongForm form = Long();
+        return {form.fText, form.fLength};
+    }
+    uint32_t GetDigitCount() const noexcept {
+        return fForm != kLongForm ? fShort[0] : Long().fDigitCount;
+    }
 
     /// std::stod semantics; invalid text gives 0.0; out of range retries in long double and
     /// gives +infinity beyond the double range. Deliberately, negative overflow and extended
@@ -130,24 +138,39 @@ public:
     void AppendToMsgPack(BigEndianWriter* writer) const override;
 
 private:
-    // Most numbers fit in the node itself; longer texts get a block of their own. Both are
-    // stored with a terminating zero byte, so that converting never has to copy them.
-    static constexpr size_t kInlineText = 24;
+    // A real takes one 48-byte block. After the value and the two bytes below, 22 bytes are
+    // left: the short form keeps the digit count in the first and up to 21 bytes of text in
+    // the rest (every number of a typical document: coordinates carry 17 to 19 characters).
+    // Anything else, the long form, keeps the digit count, the address of a pool block with
+    // the text and a terminating zero byte (null when there is no text), and the length.
+    static constexpr size_t kShortText = 21;
+    static constexpr uint8_t kLongForm = 0xFF;
+    struct LongForm {
+        uint32_t fDigitCount;
+        char* fText;
+        size_t fLength;
+    };
+    // Where the long form's fields sit in fShort: at offsets 28, 32 and 40 of the node.
+    static constexpr size_t kLongCount = 2, kLongText = 6, kLongLength = 14;
 
-    void SetText(std::string_view text);
-    const char* Text() const noexcept { return fTextLength < kInlineText ? fInline : fHeap; }
+    LongForm Long() const noexcept {
+        LongForm form;
+        std::memcpy(&form.fDigitCount, fShort + kLongCount, sizeof form.fDigitCount);
+        std::memcpy(&form.fText, fShort + kLongText, sizeof form.fText);
+        std::memcpy(&form.fLength, fShort + kLongLength, sizeof form.fLength);
+        return form;
+    }
+    void SetLong(const LongForm& form) noexcept;
+    void SetDigitCount(uint32_t digitCount) noexcept;
+    void SetText(std::string_view text, uint32_t digitCount);
     double ConvertPending() const noexcept;
 
     mutable std::atomic<double> fValue;
-    uint32_t fDigitCount;
     mutable std::atomic<bool> fPending{false};
-    size_t fTextLength = 0;
-    union {
-        char fInline[kInlineText];
-        char* fHeap;
-    };
+    uint8_t fForm = 0; ///< the short text's length, or kLongForm
+    unsigned char fShort[1 + kShortText]; ///< see above; only what the form uses is set
 };
-static_assert(sizeof(JsonReal) <= 64, "a real stays within one 64-byte pool block");
+static_assert(sizeof(JsonReal) == 48, "a real takes one 48-byte pool block");
 
 class JsonTrue final : public JsonValue {
 public:

@@ -184,6 +184,43 @@ TEST(JsonReal, PendingTextConvertsOnFirstUseAndSurvivesCopy) {
     EXPECT_EQ(Text(copy), "1.5");
 }
 
+// A real keeps short texts in the node and longer ones (or large digit counts) in a block of
+// their own; each form must keep its text, count and value through copies and conversion.
+TEST(JsonReal, TextAndDigitCountSurviveEveryStorageForm) {
+    const std::string digits300 = "0." + std::string(300, '1');
+    struct Row { const char* fName; std::string fText; uint32_t fDigits; };
+    const Row rows[] = {
+        {"empty", "", 0},
+        {"21 bytes, the longest kept in the node", "-65.61361699999997712", 19},
+        {"22 bytes", "-65.613616999999977123", 20},
+        {"digit count 255", "1.5", 255},
+        {"digit count 256", "1.5", 256},
+        {"digit count beyond 16 bits", "2.25", 70000},
+        {"300 digits", digits300, 301},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.fName);
+        const double value = JsonReal::StrToDouble(row.fText);
+        JsonReal pending(row.fText, row.fDigits);
+        ValuePtr copy = JsonValue::Copy(pending);
+        const auto* copied = static_cast<const JsonReal*>(copy.Get());
+        for (const JsonReal* real : {static_cast<const JsonReal*>(&pending), copied}) {
+            EXPECT_EQ(real->HasPendingText(), !row.fText.empty());
+            EXPECT_EQ(real->PendingText(), row.fText);
+            EXPECT_EQ(real->GetDigitCount(), row.fDigits);
+            EXPECT_EQ(real->Get(), value);
+            EXPECT_FALSE(real->HasPendingText());
+            EXPECT_EQ(real->GetDigitCount(), row.fDigits);
+        }
+        // A converted real copies its value and count, not the text.
+        ValuePtr converted = JsonValue::Copy(pending);
+        const auto& again = static_cast<const JsonReal&>(*converted);
+        EXPECT_FALSE(again.HasPendingText());
+        EXPECT_EQ(again.Get(), value);
+        EXPECT_EQ(again.GetDigitCount(), row.fDigits);
+        EXPECT_EQ(JsonReal(value, row.fDigits).GetDigitCount(), row.fDigits);
+    }
+}
 TEST(JsonString, InvalidUTF8IsStoredEmpty) {
     const std::string bad = "ab\xC3";
     bool yes = true, no = false;
