@@ -15,6 +15,7 @@
 #include "json/ParseHelpers.h"
 #include "json/ParserContext.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstdio>
@@ -257,12 +258,15 @@ JsonValue* JsonValue::CopyNoARefPtr(const JsonValue& value) {
     if (!value.IsContainer()) return CopyScalar(value);
 
     JsonAutoRefPtr<JsonValue> root(CloneShell(value));
-    std::vector<std::pair<const JsonValue*, JsonValue*>> queue;
-    FillShell(value, *root, queue);
+    std::vector<std::pair<const JsonValue*, JsonValue*>> queue{{&value, root.Get()}};
     while (!queue.empty()) {
         auto [source, copy] = queue.back();
         queue.pop_back();
+        const size_t first = queue.size();
         FillShell(*source, *copy, queue);
+        // The work list is a stack: with a container's own containers reversed, the first is
+        // filled next, so the source is read (and the copy written) front to back.
+        std::reverse(queue.begin() + static_cast<std::ptrdiff_t>(first), queue.end());
     }
     return root.Detach();
 }
@@ -325,6 +329,7 @@ void JsonValue::Destroy(const JsonValue* node) noexcept {
     const JsonValue* current = node;
     for (;;) {
         auto* container = const_cast<JsonValue*>(current);
+        const size_t first = dying.size();
         switch (container->fType) {
         case eJsonObject:
             static_cast<JsonObject*>(container)->TakeChildren(drop);
@@ -337,6 +342,9 @@ void JsonValue::Destroy(const JsonValue* node) noexcept {
             break;
         }
         DeleteContainer(container);
+        // As in copying: the first container child is freed next, so the tree is read front
+        // to back, in the order it was built.
+        std::reverse(dying.begin() + static_cast<std::ptrdiff_t>(first), dying.end());
         if (dying.empty()) break;
         current = dying.back();
         dying.pop_back();
