@@ -114,6 +114,28 @@ void JsonMemberTableBase::KeyIndex() noexcept {
 
 namespace {
 
+struct RehashAnswer {
+    bool fRehash;
+    size_t fBucketCount;
+    uint32_t fNextResize;
+};
+
+// The policy's verdict on inserting one node into a map of `size` nodes in `bucketCount`
+// buckets whose policy state is `nextResize`; the verdict depends on nothing else.
+RehashAnswer AskPolicy(size_t bucketCount, size_t size, uint32_t nextResize) {
+    std::__detail::_Prime_rehash_policy policy;
+    policy._M_reset(nextResize);
+    const std::pair<bool, size_t> need = policy._M_need_rehash(bucketCount, size, 1);
+    return {need.first, need.second, uint32_t(policy._M_state())};
+}
+
+// Every new object asks the same question on its first insert (most objects are small, and
+// this was a good part of building them), so the answer is asked once and kept.
+const RehashAnswer& FirstInsertAnswer() {
+    static const RehashAnswer answer = AskPolicy(1, 0, 0);
+    return answer;
+}
+
 // The index has at least twice as many slots as there are entries, so it is at most half full.
 uint32_t SlotsFor(uint32_t capacity) noexcept {
     return std::bit_ceil(2 * capacity);
@@ -257,12 +279,12 @@ JsonMemberTableBase::Member* JsonMemberTableBase::Insert(std::string_view key, s
     size_t bucketCount = fBucketCount;
     bool rehash = false;
     if (fSize + size_t(1) > fNextResize) {
-        std::__detail::_Prime_rehash_policy policy;
-        policy._M_reset(fNextResize);
-        std::pair<bool, size_t> need = policy._M_need_rehash(fBucketCount, fSize, 1);
-        fNextResize = uint32_t(policy._M_state());
-        rehash = need.first;
-        if (rehash) bucketCount = need.second;
+        const RehashAnswer answer = fSize == 0 && fBucketCount == 1 && fNextResize == 0
+                                        ? FirstInsertAnswer()
+                                        : AskPolicy(fBucketCount, fSize, fNextResize);
+        fNextResize = answer.fNextResize;
+        rehash = answer.fRehash;
+        if (rehash) bucketCount = answer.fBucketCount;
     }
 
     const bool wasLarge = fBuckets != nullptr;
